@@ -1,0 +1,109 @@
+// The one door between the library and the operating system.
+//
+// Library code includes this header and nothing from the OS.  Movable
+// blocks keep their Win32 names (GlobalAlloc and friends): on Windows they
+// are the system's, on POSIX this layer implements and exports them.  Every
+// other service goes through the plat:: functions below, which have a Win32
+// side (the real calls) and a POSIX side.
+#pragma once
+
+#include "prism32.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace plat {
+
+// ---- files by handle ------------------------------------------------------
+// Open styles, as OpenFile takes them.
+constexpr unsigned kOpenRead = 0;          // OF_READ
+constexpr unsigned kOpenWrite = 1;         // OF_WRITE
+constexpr unsigned kOpenReadWrite = 2;     // OF_READWRITE
+constexpr unsigned kOpenCreate = 0x1000;   // OF_CREATE: create or truncate
+constexpr unsigned kOpenExist = 0x4000;    // OF_EXIST: test, then close
+constexpr HFILE kBadFile = -1;
+
+// Seek origins of _llseek.
+constexpr int kSeekSet = 0;
+constexpr int kSeekCur = 1;
+constexpr int kSeekEnd = 2;
+
+// OpenFile: a handle, or kBadFile on failure.
+HFILE FileOpen(const char* name, unsigned style);
+// _lread/_hread: bytes read, or -1 on error.
+long FileRead(HFILE file, void* buffer, long count);
+// _lwrite/_hwrite: bytes written, or -1 on error.  A count of 0 truncates
+// the file at the current position, as _lwrite does.
+long FileWrite(HFILE file, const void* buffer, long count);
+// _llseek: the new position, or -1 on error.
+long FileSeek(HFILE file, long offset, int origin);
+// _lclose: 0 on success, -1 on error.
+int FileClose(HFILE file);
+// Does a file of that name exist (OpenFile with OF_EXIST)?
+bool FileExists(const char* name);
+
+// ---- user interface -------------------------------------------------------
+constexpr unsigned kMbOk = 0;
+constexpr unsigned kMbIconExclamation = 0x30;
+constexpr unsigned kMbIconStop = 0x10;
+constexpr int kIdOk = 1;
+
+// MessageBoxA with no owner window.  On POSIX the box becomes one line on
+// stderr.  When a test has installed an observer, the box goes to it and
+// nothing is shown on either platform.
+int ShowMessage(const char* text, const char* caption, unsigned style);
+
+// Shows the wait cursor and returns a token for the cursor it replaced.
+std::uintptr_t BeginWaitCursor();
+void EndWaitCursor(std::uintptr_t previous);
+
+// Keeps the wait cursor up for a scope and puts the old one back on every
+// way out.
+class WaitCursor {
+public:
+    WaitCursor() : previous_(BeginWaitCursor()) {}
+    ~WaitCursor() { EndWaitCursor(previous_); }
+    WaitCursor(const WaitCursor&) = delete;
+    WaitCursor& operator=(const WaitCursor&) = delete;
+
+private:
+    std::uintptr_t previous_;
+};
+
+// GetVersion: the high bit is set on a host without the NT kernel.
+std::uint32_t VersionWord();
+
+// ---- sibling modules ------------------------------------------------------
+// LoadLibraryA by the exact file name (on POSIX: dlopen of that name, looked
+// up in the directories of the module search path), GetProcAddress,
+// FreeLibrary.  A failed load gives 0; the error number is the system's.
+using ModuleHandle = void*;
+using ModuleProc = void (*)();
+ModuleHandle LoadModule(const char* fileName, int* errorNumber);
+ModuleProc ModuleEntry(ModuleHandle module, const char* entryName);
+void FreeModule(ModuleHandle module);
+
+// ---- profile files --------------------------------------------------------
+// GetPrivateProfileIntA and GetPrivateProfileStringA: sections and keys
+// match without regard to case, values are trimmed, numbers parse as the
+// system does (leading decimal digits, optional sign; 0 when none).
+int ProfileInt(const char* section, const char* key, int fallback, const char* fileName);
+// Copies at most size - 1 characters and a terminator; returns the count.
+unsigned ProfileString(const char* section, const char* key, const char* fallback,
+                       char* buffer, unsigned size, const char* fileName);
+
+// ---- observation, for tests -----------------------------------------------
+// An observer that takes message boxes; returns the button "pressed".
+using MessageObserver = int (*)(const char* text, const char* caption, unsigned style,
+                                void* context);
+// Installs an observer (null removes it); returns the one it replaced.
+MessageObserver ObserveMessages(MessageObserver observer, void* context);
+
+struct CursorCounts {
+    int waitShown;     // times the wait cursor was put up
+    int restored;      // times an earlier cursor was put back
+};
+CursorCounts CursorActivity();
+
+}  // namespace plat

@@ -1,0 +1,176 @@
+// Helpers shared by the tests.
+#include "support/test_support.h"
+
+#include <atomic>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+
+namespace testing_support {
+
+size_t Stride(int width, int bitCount) {
+    return (static_cast<size_t>(width) * static_cast<size_t>(bitCount) + 31) / 32 * 4;
+}
+
+namespace {
+
+void Put16(Bytes& b, size_t at, unsigned v) {
+    b[at] = static_cast<unsigned char>(v);
+    b[at + 1] = static_cast<unsigned char>(v >> 8);
+}
+void Put32(Bytes& b, size_t at, std::uint32_t v) {
+    for (int i = 0; i < 4; ++i) b[at + i] = static_cast<unsigned char>(v >> (8 * i));
+}
+std::uint32_t Get32(const Bytes& b, size_t at) {
+    return std::uint32_t(b[at]) | std::uint32_t(b[at + 1]) << 8 | std::uint32_t(b[at + 2]) << 16 |
+           std::uint32_t(b[at + 3]) << 24;
+}
+
+unsigned DefaultPixel(int x, int y) { return static_cast<unsigned>(x * 7 + y * 13 + 5); }
+
+}  // namespace
+
+Bytes PackedDib(const DibSpec& spec, unsigned (*pixel)(int, int)) {
+    if (!pixel) pixel = DefaultPixel;
+    int colors = spec.colors;
+    if (colors < 0) colors = spec.bitCount <= 8 ? 1 << spec.bitCount : 0;
+    const size_t headerBytes = spec.coreHeader ? 12 : 40;
+    const size_t entry = spec.coreHeader ? 3 : 4;
+    const size_t stride = Stride(spec.width, spec.bitCount);
+    Bytes b(headerBytes + colors * entry + stride * spec.height, 0);
+    if (spec.coreHeader) {
+        Put32(b, 0, 12);
+        Put16(b, 4, static_cast<unsigned>(spec.width));
+        Put16(b, 6, static_cast<unsigned>(spec.height));
+        Put16(b, 8, 1);
+        Put16(b, 10, static_cast<unsigned>(spec.bitCount));
+    } else {
+        Put32(b, 0, 40);
+        Put32(b, 4, static_cast<std::uint32_t>(spec.width));
+        Put32(b, 8, static_cast<std::uint32_t>(spec.height));
+        Put16(b, 12, 1);
+        Put16(b, 14, static_cast<unsigned>(spec.bitCount));
+        Put32(b, 20, spec.sizeImage);
+        Put32(b, 24, 2835);
+        Put32(b, 28, 2835);
+        Put32(b, 32, spec.clrUsed);
+    }
+    for (int i = 0; i < colors; ++i) {
+        size_t at = headerBytes + i * entry;
+        b[at] = static_cast<unsigned char>(i * 3 + 1);      // blue
+        b[at + 1] = static_cast<unsigned char>(i * 5 + 2);  // green
+        b[at + 2] = static_cast<unsigned char>(255 - i);    // red
+        if (entry == 4) b[at + 3] = 0;
+    }
+    unsigned char* bits = b.data() + headerBytes + colors * entry;
+    const unsigned mask = spec.bitCount >= 24 ? 0xFFFFFFu : (1u << spec.bitCount) - 1;
+    for (int y = 0; y < spec.height; ++y) {
+        unsigned char* row = bits + stride * (spec.height - 1 - y);  // bottom row first
+        for (int x = 0; x < spec.width; ++x) {
+            unsigned v = pixel(x, y) & mask;
+            switch (spec.bitCount) {
+                case 1: row[x / 8] |= static_cast<unsigned char>(v << (7 - x % 8)); break;
+                case 4: row[x / 2] |= static_cast<unsigned char>(x % 2 ? v : v << 4); break;
+                case 8: row[x] = static_cast<unsigned char>(v); break;
+                case 24:
+                    row[x * 3] = static_cast<unsigned char>(v);
+                    row[x * 3 + 1] = static_cast<unsigned char>(v >> 8);
+                    row[x * 3 + 2] = static_cast<unsigned char>(v >> 16);
+                    break;
+                default: break;
+            }
+        }
+    }
+    return b;
+}
+
+Bytes BmpFile(const Bytes& packed, long offBits) {
+    Bytes file(14 + packed.size(), 0);
+    file[0] = 'B';
+    file[1] = 'M';
+    Put32(file, 2, static_cast<std::uint32_t>(packed.size() + 14));
+    if (offBits < 0) {
+        std::uint32_t size = Get32(packed, 0);
+        size_t entry = size == 40 ? 4 : 3;
+        unsigned bitCount = size == 40 ? packed[14] | packed[15] << 8 : packed[10] | packed[11] << 8;
+        size_t colors = size == 40 && Get32(packed, 32) ? Get32(packed, 32) : bitCount <= 8 ? 1u << bitCount : 0;
+        offBits = static_cast<long>(14 + size + colors * entry);
+    }
+    Put32(file, 10, static_cast<std::uint32_t>(offBits));
+    if (!packed.empty()) std::memcpy(file.data() + 14, packed.data(), packed.size());
+    return file;
+}
+
+HGLOBAL BlockFrom(const Bytes& bytes) {
+    HGLOBAL block = GlobalAlloc(GHND, bytes.size());
+    if (!block) return nullptr;
+    void* p = GlobalLock(block);
+    if (p && !bytes.empty()) std::memcpy(p, bytes.data(), bytes.size());
+    GlobalUnlock(block);
+    return block;
+}
+
+Bytes BlockBytes(HGLOBAL block) {
+    SIZE_T size = GlobalSize(block);
+    const unsigned char* p = static_cast<const unsigned char*>(GlobalLock(block));
+    if (!p) return {};
+    Bytes b(p, p + size);
+    GlobalUnlock(block);
+    return b;
+}
+
+unsigned PixelAt(const Bytes& dib, int x, int y) {
+    std::uint32_t size = Get32(dib, 0);
+    int width, bitCount;
+    size_t colors;
+    if (size == 40) {
+        width = static_cast<int>(Get32(dib, 4));
+        bitCount = dib[14] | dib[15] << 8;
+        colors = Get32(dib, 32) ? Get32(dib, 32) : bitCount <= 8 ? 1u << bitCount : 0;
+    } else {
+        width = dib[4] | dib[5] << 8;
+        bitCount = dib[10] | dib[11] << 8;
+        colors = bitCount <= 8 ? 1u << bitCount : 0;
+    }
+    const unsigned char* row = dib.data() + size + colors * (size == 40 ? 4 : 3) + Stride(width, bitCount) * y;
+    switch (bitCount) {
+        case 1: return (row[x / 8] >> (7 - x % 8)) & 1;
+        case 4: return x % 2 ? row[x / 2] & 15 : row[x / 2] >> 4;
+        case 8: return row[x];
+        case 24: return row[x * 3] | row[x * 3 + 1] << 8 | row[x * 3 + 2] << 16;
+        default: throw std::runtime_error("PixelAt: depth");
+    }
+}
+
+ScratchFile::ScratchFile(const std::string& stem) {
+    static std::atomic<int> counter{0};
+    path_ = "scratch-" + stem + "-" + std::to_string(++counter) + ".tmp";
+    std::remove(path_.c_str());
+}
+
+ScratchFile::~ScratchFile() { std::remove(path_.c_str()); }
+
+void ScratchFile::Write(const Bytes& bytes) const { WriteFile(path_, bytes); }
+Bytes ScratchFile::Read() const { return ReadFile(path_); }
+
+Bytes ReadFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+void WriteFile(const std::string& path, const Bytes& bytes) {
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+}
+
+MessageRecorder::MessageRecorder() { previous_ = plat::ObserveMessages(&MessageRecorder::Record, this); }
+MessageRecorder::~MessageRecorder() { plat::ObserveMessages(previous_, nullptr); }
+
+int MessageRecorder::Record(const char* text, const char* caption, unsigned style, void* self) {
+    static_cast<MessageRecorder*>(self)->messages_.push_back({text, caption, style});
+    return plat::kIdOk;
+}
+
+}  // namespace testing_support
