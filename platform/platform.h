@@ -80,9 +80,9 @@ std::uint32_t VersionWord();
 // FreeLibrary.  A failed load gives 0; the error number is the system's.
 using ModuleHandle = void*;
 using ModuleProc = void (*)();
-ModuleHandle LoadModule(const char* fileName, int* errorNumber);
+ModuleHandle OpenModule(const char* fileName, int* errorNumber);
 ModuleProc ModuleEntry(ModuleHandle module, const char* entryName);
-void FreeModule(ModuleHandle module);
+void CloseModule(ModuleHandle module);
 
 // ---- profile files --------------------------------------------------------
 // GetPrivateProfileIntA and GetPrivateProfileStringA: sections and keys

@@ -6,7 +6,7 @@
 
 namespace plat {
 
-ModuleHandle LoadModule(const char* fileName, int* errorNumber) {
+ModuleHandle OpenModule(const char* fileName, int* errorNumber) {
     if (errorNumber) *errorNumber = 0;
     if (!fileName || !*fileName) {
         if (errorNumber) *errorNumber = 2;
@@ -35,7 +35,7 @@ ModuleProc ModuleEntry(ModuleHandle module, const char* entryName) {
     return proc;
 }
 
-void FreeModule(ModuleHandle module) {
+void CloseModule(ModuleHandle module) {
     if (module) ::dlclose(module);
 }
 

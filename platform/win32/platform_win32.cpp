@@ -68,7 +68,7 @@ std::uint32_t VersionWord() {
 #endif
 }
 
-ModuleHandle LoadModule(const char* fileName, int* errorNumber) {
+ModuleHandle OpenModule(const char* fileName, int* errorNumber) {
     if (errorNumber) *errorNumber = 0;
     HMODULE module = ::LoadLibraryA(fileName);
     if (!module && errorNumber) *errorNumber = static_cast<int>(::GetLastError());
@@ -81,7 +81,7 @@ ModuleProc ModuleEntry(ModuleHandle module, const char* entryName) {
         reinterpret_cast<void*>(::GetProcAddress(static_cast<HMODULE>(module), entryName)));
 }
 
-void FreeModule(ModuleHandle module) {
+void CloseModule(ModuleHandle module) {
     if (module) ::FreeLibrary(static_cast<HMODULE>(module));
 }
 
