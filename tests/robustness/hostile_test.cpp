@@ -1,0 +1,137 @@
+// Every export that takes an image, fed every kind of broken image: each
+// call must come back (no crash, no read or write outside a block, which
+// the sanitizer build checks), and any image it returns must be a live
+// block the host can free.
+#include "prism32.h"
+#include "support/test_support.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstring>
+#include <functional>
+#include <string>
+#include <vector>
+
+using namespace testing_support;
+
+namespace {
+
+// ---- the broken images -------------------------------------------------------
+
+struct Hostile {
+    std::string name;
+    std::function<HGLOBAL()> make;  // a fresh block per call (may be null)
+};
+
+// A 40-byte header with the given fields over a block of `blockBytes`
+// (header, 256-entry table room and a few rows of real bytes).
+HGLOBAL HeaderBlock(std::int32_t width, std::int32_t height, int bitCount, std::uint32_t compression,
+                    std::uint32_t clrUsed, size_t blockBytes) {
+    Bytes b(blockBytes, 0x5A);
+    BITMAPINFOHEADER h = {};
+    h.biSize = 40;
+    h.biWidth = width;
+    h.biHeight = height;
+    h.biPlanes = 1;
+    h.biBitCount = static_cast<WORD>(bitCount);
+    h.biCompression = compression;
+    h.biClrUsed = clrUsed;
+    std::memcpy(b.data(), &h, blockBytes < sizeof(h) ? blockBytes : sizeof(h));
+    return BlockFrom(b);
+}
+
+std::vector<Hostile> HostileImages() {
+    std::vector<Hostile> v;
+    const size_t small = 40 + 1024 + 64;  // room for a table and a little more
+    v.push_back({"null handle", [] { return HGLOBAL(nullptr); }});
+#ifndef _WIN32
+    // Only the POSIX handle table can tell a freed block from a live one.
+    v.push_back({"freed handle", [] {
+                     HGLOBAL b = GlobalAlloc(GHND, 100);
+                     GlobalFree(b);
+                     return b;
+                 }});
+#endif
+    v.push_back({"block of 3 bytes", [] { return BlockFrom(Bytes(3, 40)); }});
+    v.push_back({"header cut at 20 bytes", [] { return HeaderBlock(8, 8, 8, 0, 0, 20); }});
+    v.push_back({"8-bit table cut short", [] { return HeaderBlock(8, 8, 8, 0, 0, 40 + 100); }});
+    v.push_back({"rows cut short", [small] { return HeaderBlock(64, 64, 8, 0, 0, small); }});
+    for (std::int32_t size : {0, 1, 65535, 0x7FFFFFFF}) {
+        for (int bits : {1, 8, 24}) {
+            v.push_back({"width " + std::to_string(size) + " at " + std::to_string(bits),
+                         [=] { return HeaderBlock(size, 4, bits, 0, 0, small); }});
+            v.push_back({"height " + std::to_string(size) + " at " + std::to_string(bits),
+                         [=] { return HeaderBlock(4, size, bits, 0, 0, small); }});
+        }
+    }
+    v.push_back({"negative height", [small] { return HeaderBlock(4, -4, 8, 0, 0, small); }});
+    v.push_back({"negative width", [small] { return HeaderBlock(-4, 4, 8, 0, 0, small); }});
+    v.push_back({"most negative height", [small] { return HeaderBlock(4, INT32_MIN, 24, 0, 0, small); }});
+    for (int bits : {0, 2, 16, 32, 255})
+        v.push_back({"depth " + std::to_string(bits), [=] { return HeaderBlock(4, 4, bits, 0, 0, small); }});
+    for (std::uint32_t compression : {1u, 2u, 3u})
+        v.push_back({"compression " + std::to_string(compression),
+                     [=] { return HeaderBlock(8, 8, compression == 2 ? 4 : 8, compression, 0, small); }});
+    v.push_back({"biClrUsed 300", [] { return HeaderBlock(4, 4, 8, 0, 300, 40 + 1200 + 64); }});
+    v.push_back({"biClrUsed 2^31", [small] { return HeaderBlock(4, 4, 8, 0, 0x80000000u, small); }});
+    v.push_back({"core header", [] {
+                     DibSpec spec;
+                     spec.coreHeader = true;
+                     spec.width = 9;
+                     spec.height = 3;
+                     spec.bitCount = 4;
+                     return BlockFrom(PackedDib(spec));
+                 }});
+    return v;
+}
+
+// ---- the exports ---------------------------------------------------------------
+
+struct Operation {
+    std::string name;
+    // Calls the export; returns what it made (0 when it makes nothing or
+    // failed, or the input itself when it worked in place).
+    std::function<HGLOBAL(HGLOBAL)> call;
+};
+
+std::vector<Operation> Operations() {
+    std::vector<Operation> ops;
+    ops.push_back({"SaveDIB", [](HGLOBAL dib) {
+                       ScratchFile out("hostile");
+                       SaveDIB(out.path(), dib);
+                       return HGLOBAL(nullptr);
+                   }});
+    return ops;
+}
+
+class HostileInput : public ::testing::TestWithParam<size_t> {};
+
+TEST_P(HostileInput, EveryImageExportSurvivesEveryBrokenImage) {
+    const Operation op = Operations()[GetParam()];
+    for (const Hostile& h : HostileImages()) {
+        SCOPED_TRACE(op.name + " on " + h.name);
+        HGLOBAL input = h.make();
+        HGLOBAL result = op.call(input);
+        if (result && result != input) {
+            EXPECT_NE(GlobalLock(result), nullptr);
+            GlobalUnlock(result);
+            // A lock left standing by the export does not stop the free.
+            EXPECT_EQ(GlobalFree(result), nullptr);
+        }
+        if (input && h.name != "freed handle") {
+            // The caller's block is still the caller's: alive and freeable.
+            EXPECT_GT(GlobalSize(input), 0u);
+            EXPECT_EQ(GlobalFree(input), nullptr);
+        }
+    }
+}
+
+std::string OperationName(const ::testing::TestParamInfo<size_t>& info) {
+    return Operations()[info.param].name;
+}
+
+INSTANTIATE_TEST_SUITE_P(Exports, HostileInput, ::testing::Range<size_t>(0, Operations().size()),
+                         OperationName);
+
+}  // namespace
