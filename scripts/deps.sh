@@ -21,4 +21,4 @@ ensure_packages() {
 # What building the library and its native tests needs.
 NATIVE_PACKAGES=(cmake make g++ googletest libgtest-dev libbenchmark-dev)
 # What the Windows builds and running their tests need.
-WINDOWS_PACKAGES=(mingw-w64 g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix binutils-mingw-w64 wine64 xvfb xauth)
+WINDOWS_PACKAGES=(mingw-w64 g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix binutils-mingw-w64-i686 binutils-mingw-w64-x86-64 wine64 xvfb xauth)

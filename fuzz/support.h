@@ -1,0 +1,31 @@
+// Helpers for the fuzz targets: fuzzed bytes as an open file or a path.
+#pragma once
+
+#include "prism32.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace fuzz {
+
+// An anonymous in-memory file holding the bytes, open for reading at 0.
+class MemoryFile {
+public:
+    MemoryFile(const std::uint8_t* data, size_t size);
+    ~MemoryFile();
+    MemoryFile(const MemoryFile&) = delete;
+    MemoryFile& operator=(const MemoryFile&) = delete;
+    HFILE handle() const { return fd_; }
+    // A path that opens the same bytes again.
+    const std::string& path() const { return path_; }
+
+private:
+    int fd_ = -1;
+    std::string path_;
+};
+
+// Frees a block if it is one.
+void Free(HGLOBAL block);
+
+}  // namespace fuzz
