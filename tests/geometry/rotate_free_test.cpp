@@ -436,3 +436,25 @@ TEST(RotateDIB, SuccessClearsTheWordAndLeavesTheSourceLocked) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST(RotateDIB, UnusualDepthsAreSafe) {
+    for (int depth : {0, 2, 16, 32, 65535}) {
+        DibSpec spec;
+        spec.width = 3;
+        spec.height = 2;
+        spec.bitCount = depth;
+        spec.colors = 0;
+        const Bytes image = PackedDib(spec);
+        for (int mode = 0; mode < 2; ++mode) {
+            Turned t = Turn(image, 90, mode);
+            ASSERT_EQ(t.error, 0) << depth;
+            EXPECT_EQ(Width(t.result), 2) << depth;
+            EXPECT_EQ(Height(t.result), 4) << depth;
+            EXPECT_EQ(t.result.size(), 40 + Stride(2, depth) * 4) << depth;
+        }
+    }
+}
+
+}  // namespace

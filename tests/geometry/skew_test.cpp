@@ -285,3 +285,27 @@ TEST(SkewDIB, NullAndUnlockableHandles) {
 }
 
 }  // namespace
+
+namespace {
+
+// Depths outside the library's range: no crash, a result of the sheared
+// size, and nothing read or written outside the blocks (sanitizer build).
+TEST(SkewDIB, UnusualDepthsAreSafe) {
+    for (int depth : {0, 2, 16, 32, 65535}) {
+        DibSpec spec;
+        spec.width = 3;
+        spec.height = 2;
+        spec.bitCount = depth;
+        spec.colors = 0;
+        const Bytes image = PackedDib(spec);
+        for (bool horizontal : {true, false}) {
+            Skewed s = Skew(image, horizontal, -5);
+            ASSERT_EQ(s.error, -7) << depth;
+            EXPECT_EQ(Width(s.result), horizontal ? 8 : 3) << depth;
+            EXPECT_EQ(Height(s.result), horizontal ? 2 : 7) << depth;
+            EXPECT_EQ(s.result.size(), 40 + Stride(Width(s.result), depth) * Height(s.result)) << depth;
+        }
+    }
+}
+
+}  // namespace
