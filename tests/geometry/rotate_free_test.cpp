@@ -153,6 +153,16 @@ TEST(RotateDIB, ZeroTurnOfAnOddWidthGrowsByOneColumn) {
     }
 }
 
+TEST(RotateDIB, SizesCountByTheirLow16Bits) {
+    // 65,542 wide is taken as 6 wide; rows keep their real stride.
+    Turned t = Turn(Image({65542, 4, 8}), 0, 0);
+    ASSERT_EQ(t.error, 0);
+    ASSERT_EQ(Width(t.result), 6);
+    ASSERT_EQ(Height(t.result), 4);
+    for (int y = 0; y < 4; ++y)
+        for (int x = 0; x < 6; ++x) EXPECT_EQ(PixelAt(t.result, x, y), PixelAt(t.source, x, y)) << x << "," << y;
+}
+
 TEST(RotateDIB, HalfTurnFloatingWalkSkipsTheFirstColumn) {
     for (int depth : kDepths) {
         const int w = 10, h = 6;
