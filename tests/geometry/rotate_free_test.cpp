@@ -55,11 +55,11 @@ Turned Turn(const Bytes& source, int angle, int walkMode) {
 }
 
 Bytes Image(const Source& s, unsigned (*pixel)(int, int) = nullptr) {
-    DibSpec spec;
-    spec.width = s.width;
-    spec.height = s.height;
-    spec.bitCount = s.bitCount;
-    return PackedDib(spec, pixel);
+    DibSpec layout;
+    layout.width = s.width;
+    layout.height = s.height;
+    layout.bitCount = s.bitCount;
+    return PackedDib(layout, pixel);
 }
 
 const int kDepths[] = {1, 4, 8, 24};
@@ -329,11 +329,11 @@ TEST(RotateDIB, OnePixelImageAtEveryQuarter) {
 }
 
 TEST(RotateDIB, OtherDepthsGiveAZeroPictureOfTheTurnedSize) {
-    DibSpec spec;
-    spec.width = 6;
-    spec.height = 4;
-    spec.bitCount = 16;
-    Bytes image = PackedDib(spec);
+    DibSpec layout;
+    layout.width = 6;
+    layout.height = 4;
+    layout.bitCount = 16;
+    Bytes image = PackedDib(layout);
     std::memset(image.data() + 40, 0xAB, image.size() - 40);
     Turned t = Turn(image, 90, 0);
     ASSERT_EQ(t.error, 0);
@@ -429,12 +429,12 @@ namespace {
 
 TEST(RotateDIB, UnusualDepthsAreSafe) {
     for (int depth : {0, 2, 16, 32, 65535}) {
-        DibSpec spec;
-        spec.width = 3;
-        spec.height = 2;
-        spec.bitCount = depth;
-        spec.colors = 0;
-        const Bytes image = PackedDib(spec);
+        DibSpec layout;
+        layout.width = 3;
+        layout.height = 2;
+        layout.bitCount = depth;
+        layout.colors = 0;
+        const Bytes image = PackedDib(layout);
         for (int mode = 0; mode < 2; ++mode) {
             Turned t = Turn(image, 90, mode);
             ASSERT_EQ(t.error, 0) << depth;

@@ -22,12 +22,12 @@ int Width(const Bytes& dib) { return Field32(dib, 4); }
 int Height(const Bytes& dib) { return Field32(dib, 8); }
 
 Bytes Image(int width, int height, int bitCount) {
-    DibSpec spec;
-    spec.width = width;
-    spec.height = height;
-    spec.bitCount = bitCount;
+    DibSpec layout;
+    layout.width = width;
+    layout.height = height;
+    layout.bitCount = bitCount;
     // No pixel is 0, so a moved pixel is told from the zero background.
-    return PackedDib(spec, [](int x, int y) { return static_cast<unsigned>(x * 5 + y * 3 + 1) % 15 + 1; });
+    return PackedDib(layout, [](int x, int y) { return static_cast<unsigned>(x * 5 + y * 3 + 1) % 15 + 1; });
 }
 
 struct Skewed {
@@ -161,11 +161,11 @@ TEST(SkewDIB, TopRowSpillPastTheBlockIsDropped) {
 }
 
 TEST(SkewDIB, OtherDepthsShearRowsByBytesButMoveNoColumn) {
-    DibSpec spec;
-    spec.width = 3;
-    spec.height = 2;
-    spec.bitCount = 16;
-    Bytes image = PackedDib(spec);
+    DibSpec layout;
+    layout.width = 3;
+    layout.height = 2;
+    layout.bitCount = 16;
+    Bytes image = PackedDib(layout);
     for (size_t i = 40; i < image.size(); ++i) image[i] = static_cast<unsigned char>(i);
     // Vertical: a zero picture of the sheared size, without error.
     Skewed v = Skew(image, false, 2);
@@ -292,12 +292,12 @@ namespace {
 // size, and nothing read or written outside the blocks (sanitizer build).
 TEST(SkewDIB, UnusualDepthsAreSafe) {
     for (int depth : {0, 2, 16, 32, 65535}) {
-        DibSpec spec;
-        spec.width = 3;
-        spec.height = 2;
-        spec.bitCount = depth;
-        spec.colors = 0;
-        const Bytes image = PackedDib(spec);
+        DibSpec layout;
+        layout.width = 3;
+        layout.height = 2;
+        layout.bitCount = depth;
+        layout.colors = 0;
+        const Bytes image = PackedDib(layout);
         for (bool horizontal : {true, false}) {
             Skewed s = Skew(image, horizontal, -5);
             ASSERT_EQ(s.error, -7) << depth;
