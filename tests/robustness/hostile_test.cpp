@@ -102,6 +102,22 @@ std::vector<Operation> Operations() {
                        SaveDIB(out.path(), dib);
                        return HGLOBAL(nullptr);
                    }});
+    for (int angle : {0, 45, 90, 181, -30}) {
+        for (int walk : {0, 1}) {
+            ops.push_back({"RotateDIB_" + std::to_string(angle < 0 ? 360 + angle : angle) + "_walk" +
+                               std::to_string(walk),
+                           [=](HGLOBAL dib) {
+                               int error = 0, corners[8];
+                               return RotateDIB(dib, angle, walk, &error, corners);
+                           }});
+        }
+    }
+    for (int horizontal : {0, 1}) {
+        ops.push_back({std::string("SkewDIB_") + (horizontal ? "horizontal" : "vertical"), [=](HGLOBAL dib) {
+                           int error = 0, corners[8];
+                           return SkewDIB(dib, horizontal, 7, &error, corners);
+                       }});
+    }
     return ops;
 }
 
