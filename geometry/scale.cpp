@@ -8,6 +8,8 @@
 #include "platform/export.h"
 
 #include <cstring>
+#include <memory>
+#include <new>
 
 namespace prism {
 
@@ -75,11 +77,37 @@ void UnpackDibRow(const unsigned char* row, std::uint16_t count, int bitCount, c
     SetGuards(blue, count);
 }
 
+// Answers of the palette search already asked in this call, one slot per
+// hash of the colour.  The search gives the same answer for the same colour,
+// so this only saves the platform call; it is consulted behind the
+// last-colour cache, whose starting value still decides black at a row's
+// start.
+class NearestMemo {
+public:
+    explicit NearestMemo(HPALETTE palette) : palette_(palette) {
+        for (std::uint32_t& c : color_) c = 0xFFFFFFFFu;  // no colour has the top byte set
+    }
+    std::uint32_t Index(std::uint32_t color) {
+        const unsigned slot = ((color * 2654435761u) >> 20) & (kSlots - 1);
+        if (color_[slot] != color) {
+            color_[slot] = color;
+            index_[slot] = plat::NearestPaletteIndex(palette_, color);
+        }
+        return index_[slot];
+    }
+
+private:
+    static constexpr unsigned kSlots = 4096;
+    HPALETTE palette_;
+    std::uint32_t color_[kSlots];
+    std::uint32_t index_[kSlots];
+};
+
 // One finished row back to DIB form.  Palette depths map each colour to
 // its nearest palette entry, with the last colour and its index cached; the
 // cache starts at black and index 0 on each row.
 void PackDibRow(const unsigned char* red, const unsigned char* green, const unsigned char* blue, int bitCount,
-                unsigned char* row, std::uint16_t count, HPALETTE palette) {
+                unsigned char* row, std::uint16_t count, NearestMemo* nearest) {
     if (bitCount == 24) {
         for (unsigned x = 0; x < count; ++x, row += 3) {
             row[0] = blue[x];
@@ -93,7 +121,7 @@ void PackDibRow(const unsigned char* red, const unsigned char* green, const unsi
         const std::uint32_t color = static_cast<std::uint32_t>(blue[x]) << 16 | green[x] << 8 | red[x];
         if (color != cachedColor) {
             cachedColor = color;
-            cachedIndex = plat::NearestPaletteIndex(palette, color);
+            cachedIndex = nearest->Index(color);
         }
         return cachedIndex;
     };
@@ -254,8 +282,17 @@ PRISM_API HDIB WINAPI ScaleDIB(HDIB dib, int mode, int newWidth, int newHeight) 
     auto copy = [&](unsigned from, unsigned to) {
         for (unsigned c = 0; c < 3; ++c) PlaneRowCopy(line(c, to), line(c, from), nw);
     };
+    std::unique_ptr<NearestMemo> nearest;
+    if (bitCount < 24) {
+        nearest.reset(new (std::nothrow) NearestMemo(palette));
+        if (!nearest) {
+            LastImgError = kErrMemory;
+            return nullptr;
+        }
+    }
     auto pack = [&](std::uint32_t y) {
-        PackDibRow(outRed, outGreen, outBlue, bitCount, outBits + static_cast<size_t>(y) * newStride, nw, palette);
+        PackDibRow(outRed, outGreen, outBlue, bitCount, outBits + static_cast<size_t>(y) * newStride, nw,
+                   nearest.get());
     };
     if (cubic) {
         auto fill = [&](unsigned k) {
