@@ -91,6 +91,11 @@ void ResampleRowCubic(const unsigned char* product, const unsigned char* taps, c
 void BlendRowsLinear(const unsigned char* product, const unsigned char* line0, const unsigned char* line1,
                      unsigned char* out, std::uint16_t count, std::uint16_t weight) {
     // 255 - weight is the one's complement of the weight's low byte.
+    if ((weight & 0xFFu) == 0) {
+        // T[255][p] is p and T[0][p] is 0: the row is line 0 as it stands.
+        std::memcpy(out, line0, count);
+        return;
+    }
     const unsigned char* t0 = product + ((~weight & 0xFFu) << 8);
     const unsigned char* t1 = product + ((weight & 0xFFu) << 8);
     for (unsigned i = 0; i < count; ++i) {

@@ -233,7 +233,6 @@ class ScaleFailures : public ::testing::TestWithParam<Failure> {};
 
 TEST_P(ScaleFailures, GiveZeroAndTheirCode) {
     const Failure f = GetParam();
-    SetImgError(0);
     prism::LastImgError = 99;
     Scaled s = Scale(Image(6, 3, f.depth), f.mode, f.width, f.height);
     EXPECT_FALSE(s.made);
