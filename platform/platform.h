@@ -107,3 +107,26 @@ struct CursorCounts {
 CursorCounts CursorActivity();
 
 }  // namespace plat
+
+// ---- palette objects --------------------------------------------------------
+// CreatePalette, GetNearestPaletteIndex and DeleteObject for logical
+// palettes.  On Windows these are the GDI calls; on POSIX a palette object
+// is a table of colours held by this layer, and the nearest entry is the one
+// at the least squared distance in RGB, the lowest index among equals.
+namespace plat {
+
+// Value of GetNearestPaletteIndex when it has no answer (CLR_INVALID).
+constexpr std::uint32_t kNoPaletteIndex = 0xFFFFFFFFu;
+
+// Makes a palette object from a LOGPALETTE record: a 16-bit version (768),
+// a 16-bit entry count, then count entries of red, green, blue and flags.
+// Null when the record is refused (wrong version, no entries) or memory is
+// short.
+HPALETTE CreatePalette(const void* logPalette);
+// Index of the entry nearest to a colour 0x00BBGGRR, or kNoPaletteIndex for
+// a null or unknown palette.
+std::uint32_t NearestPaletteIndex(HPALETTE palette, std::uint32_t colorRef);
+// DeleteObject for a palette object; false for a null or unknown handle.
+bool DeletePalette(HPALETTE palette);
+
+}  // namespace plat
