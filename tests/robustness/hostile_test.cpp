@@ -118,6 +118,15 @@ std::vector<Operation> Operations() {
                            return SkewDIB(dib, horizontal, 7, &error, corners);
                        }});
     }
+    for (int mode : {0, 1}) {
+        for (int size : {1, 7, 40}) {
+            ops.push_back({"ScaleDIB_" + std::string(mode ? "cubic_" : "linear_") + std::to_string(size),
+                           [=](HGLOBAL dib) { return ScaleDIB(dib, mode, size, size + 3); }});
+        }
+        ops.push_back({std::string("ScaleGrayDIB_") + (mode ? "cubic" : "linear"), [=](HGLOBAL dib) {
+                           return ScaleGrayDIB(dib, 1, 1, 5, 4, 2, 3, mode);
+                       }});
+    }
     return ops;
 }
 
