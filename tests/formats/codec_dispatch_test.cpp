@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 using namespace testing_support;
 using namespace formats_test;
 
@@ -53,6 +55,7 @@ struct LoadCase {
     int statusAfter;  // -1: untouched
     int pixel;        // the stand-in's pixel byte: the page it was given
 };
+void PrintTo(const LoadCase& c, std::ostream* os) { *os << c.what; }
 
 class LoadRow : public ::testing::TestWithParam<LoadCase> {};
 
@@ -141,6 +144,7 @@ struct RefusedCase {
     const char* what;
     Bytes bytes;
 };
+void PrintTo(const RefusedCase& c, std::ostream* os) { *os << c.what; }
 
 class Refused : public ::testing::TestWithParam<RefusedCase> {};
 
@@ -238,6 +242,7 @@ struct SaveCase {
     std::vector<std::string> args;  // after name and handle; "%nonnull": a status pointer
     int result;
 };
+void PrintTo(const SaveCase& c, std::ostream* os) { *os << c.what; }
 
 class SaveRow : public ::testing::TestWithParam<SaveCase> {};
 

@@ -9,6 +9,7 @@
 
 #include <climits>
 #include <cstring>
+#include <ostream>
 
 using namespace testing_support;
 using namespace formats_test;
@@ -87,6 +88,8 @@ struct MergeCase {
     int width;
     int planes;
 };
+
+void PrintTo(const MergeCase& c, std::ostream* os) { *os << "width " << c.width << ", " << c.planes << " planes"; }
 
 class PageSections : public ::testing::TestWithParam<MergeCase> {};
 
@@ -359,6 +362,8 @@ struct BitCase {
     int plane;
     Bytes target;  // four bytes from source byte 10110001
 };
+
+void PrintTo(const BitCase& c, std::ostream* os) { *os << "plane " << c.plane; }
 
 class MergeBits : public ::testing::TestWithParam<BitCase> {};
 

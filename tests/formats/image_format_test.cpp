@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 #include <cstring>
 
 using namespace testing_support;
@@ -26,6 +28,7 @@ struct DetectCase {
     Bytes bytes;
     int expected;
 };
+void PrintTo(const DetectCase& c, std::ostream* os) { *os << c.what; }
 
 class Detect : public ::testing::TestWithParam<DetectCase> {};
 
