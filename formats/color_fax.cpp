@@ -23,7 +23,7 @@ constexpr std::uint64_t kPlaneBitsOffset = 48;   // 40-byte header and 2 entries
 // planes naming itself would otherwise multiply the work at every level).
 // Past either limit the inner call fails as an unreadable file (code 9).
 constexpr int kMaxDescriptorDepth = 4;
-constexpr int kMaxNestedDescriptors = 32;
+constexpr int kMaxNestedDescriptors = 16;
 // The walk over "File%u" sections ends after this many sections; a
 // descriptor that needs more is refused as an unreadable file, rather than
 // read section by section for hours.

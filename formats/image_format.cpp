@@ -41,7 +41,8 @@ bool HoldsCalsHeader(const unsigned char* buffer) {
 }
 
 // Text: no byte below 6 among those read, and the first carriage return of
-// the first 511 bytes has a line feed behind it.  The carriage return is
+// the first 511 bytes has a line feed behind it.  The cut at the 512th byte
+// belongs to the CALS search alone; here every byte read counts as read.  The carriage return is
 // looked for whatever the count was, so a cleared buffer never passes.
 bool LooksLikeText(const unsigned char* buffer, long count) {
     for (long i = 0; i < count; ++i)

@@ -292,6 +292,28 @@ TEST(BadDescriptor, NamingItselfEndsInFailure) {
     }
 }
 
+// A good first plane and every other plane the descriptor itself: the
+// nesting is cut off and the page comes back, in bounded time, with plane 0
+// as its bit 3 (the nested pages that did load are merged as 1-bit rows
+// into the lower bits).
+TEST(BadDescriptor, NamingItselfForLaterPlanes) {
+    ScratchFile p0("plane"), file("self");
+    p0.Write(PlaneFile(8, 2, Plane0));
+    const std::string self = FullPath(file.path());
+    std::string text = "[ColorFax]\r\nTotalPages=1\r\nPlanes=255\r\nFiles=255\r\nBitsPixel=1\r\n[Page1]\r\nPlane0=" +
+                       FullPath(p0.path()) + "\r\n";
+    for (int i = 1; i < 255; ++i) text += "Plane" + std::to_string(i) + "=" + self + "\r\n";
+    file.Write(Text(text));
+    int status = 0;
+    HDIB dib = LoadColorFaxPage(self.c_str(), 1, &status);
+    ASSERT_NE(dib, nullptr);
+    Bytes page = BlockBytes(dib);
+    for (int y = 0; y < 2; ++y)
+        for (int x = 0; x < 8; ++x) EXPECT_EQ(PixelAt(page, x, y) >> 3, Plane0(x, 1 - y)) << x << "," << y;
+    EXPECT_EQ(status, 9);
+    GlobalFree(dib);
+}
+
 // Planes of other depths and sizes are merged as 1-bit rows without
 // reaching outside either block; plane 0 alone decides bit 3.
 TEST(BadDescriptor, PlanesOfTheWrongDepth) {
