@@ -2,25 +2,72 @@
 #include "cli.h"
 
 #include <cstdio>
+#include <filesystem>
+#include <system_error>
+
+namespace cli_formats {
+const char* FormatName(int format);  // cmd_formats.cpp
+bool Loadable(int format);
+}  // namespace cli_formats
 
 namespace {
 
+bool IsFile(const std::string& path) {
+    std::error_code error;
+    return std::filesystem::is_regular_file(path, error);
+}
+
+// Loads page 1 of an image file of any format the library reads; prints
+// the library's error on failure.
+HDIB LoadAnyImage(const std::string& path) {
+    SetImgError(0);
+    int status = 0;
+    HDIB dib = LoadImageIntoDIB(path.c_str(), 1, &status);
+    if (!dib) cli::Fail(path + ": " + cli::LibraryError());
+    return dib;
+}
+
 int Info(const cli::Args& args) {
     if (args.size() != 1) return cli::Usage("info");
-    cli::Image image(cli::LoadImageFile(args[0]));
+    const std::string& path = args[0];
+    if (!IsFile(path)) return cli::Fail(path + ": no such file");
+    const int format = GetImageFormat(path.c_str());
+    const char* name = cli_formats::FormatName(format);
+    if (!cli_formats::Loadable(format)) {
+        std::printf("%s: %s (format %d), not loadable as an image\n", path.c_str(), name, format);
+        return cli::kOk;
+    }
+    cli::Image image(LoadAnyImage(path));
     if (!image) return cli::kFailed;
-    std::printf("%s: BMP, %s\n", args[0].c_str(), cli::Describe(image.get()).c_str());
+    std::printf("%s: %s (format %d), %s\n", path.c_str(), name, format, cli::Describe(image.get()).c_str());
     return cli::kOk;
 }
 
 int Convert(const cli::Args& args) {
-    if (args.size() != 2) return cli::Usage("convert");
-    cli::Image image(cli::LoadImageFile(args[0]));
+    int format = PRISM_FORMAT_BMP;
+    cli::Args files;
+    for (size_t i = 0; i < args.size(); ++i) {
+        if (args[i] == "--format") {
+            if (i + 1 >= args.size() || !cli::ParseInt(args[i + 1], &format)) return cli::Usage("convert");
+            ++i;
+        } else {
+            files.push_back(args[i]);
+        }
+    }
+    if (files.size() != 2) return cli::Usage("convert");
+    cli::Image image(LoadAnyImage(files[0]));
     if (!image) return cli::kFailed;
-    return cli::SaveImageFile(args[1], image.get()) ? cli::kOk : cli::kFailed;
+    if (format == PRISM_FORMAT_BMP) return cli::SaveImageFile(files[1], image.get()) ? cli::kOk : cli::kFailed;
+    // Writers in codec modules report by their result alone.
+    SetImgError(0);
+    if (SaveDIBInImageFormat(files[1].c_str(), image.get(), format, 0, 0)) return cli::kOk;
+    return cli::Fail(files[1] + ": cannot be saved as " + cli_formats::FormatName(format) + " (format " +
+                     std::to_string(format) + ")");
 }
 
 }  // namespace
 
-PRISM_COMMAND({"info", "FILE", "Show an image file's format, size, depth, colours and compression.", Info});
-PRISM_COMMAND({"convert", "IN OUT", "Load an image and save it as a BMP file.", Convert});
+PRISM_COMMAND({"info", "FILE", "Show a file's detected format and, for images, size, depth, colours and compression.",
+               Info});
+PRISM_COMMAND({"convert", "IN OUT [--format N]",
+               "Load an image of any readable format and save it as BMP, or in format N.", Convert});
