@@ -118,6 +118,11 @@ std::vector<Operation> Operations() {
                            return SkewDIB(dib, horizontal, 7, &error, corners);
                        }});
     }
+    ops.push_back({"SaveDIBInImageFormat_bmp", [](HGLOBAL dib) {
+                       ScratchFile out("hostile-format");
+                       SaveDIBInImageFormat(out.path(), dib, 6, 0, 0);
+                       return HGLOBAL(nullptr);
+                   }});
     for (int mode : {0, 1}) {
         for (int size : {1, 7, 40}) {
             ops.push_back({"ScaleDIB_" + std::string(mode ? "cubic_" : "linear_") + std::to_string(size),
