@@ -17,6 +17,8 @@ public:
     MemoryFile(const MemoryFile&) = delete;
     MemoryFile& operator=(const MemoryFile&) = delete;
     HFILE handle() const { return fd_; }
+    // Replaces the contents and goes back to the start.
+    void Rewrite(const void* data, size_t size);
     // A path that opens the same bytes again.
     const std::string& path() const { return path_; }
 
