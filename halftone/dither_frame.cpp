@@ -105,15 +105,23 @@ void DitherBuildHeader(unsigned char* block, int bits, std::int32_t width, std::
 void DitherInterleavePlanes(std::uint64_t planeBytes, std::int64_t height, std::uint64_t planeStride,
                             const unsigned char* red, const unsigned char* green,
                             const unsigned char* blue, unsigned char* out) {
+    // spread[v]: the eight bits of a plane byte as four output bytes (low
+    // byte first), each pixel's bit at the bottom of its nibble.
+    std::uint32_t spread[256];
+    for (unsigned v = 0; v < 256; ++v) {
+        std::uint32_t s = 0;
+        for (int k = 0; k < 8; ++k)
+            if (v >> (7 - k) & 1) s |= (k % 2 ? 0x01u : 0x10u) << (8 * (k / 2));
+        spread[v] = s;
+    }
     for (std::int64_t y = 0; y < height; ++y) {
         for (std::uint64_t i = 0; i < planeBytes; ++i) {
-            const unsigned r = red[i], g = green[i], b = blue[i];
-            for (int j = 0; j < 4; ++j) {
-                const int hi = 7 - 2 * j, lo = hi - 1;
-                unsigned v = ((r >> hi & 1) << 7) | ((g >> hi & 1) << 6) | ((b >> hi & 1) << 5) |
-                             ((r >> lo & 1) << 3) | ((g >> lo & 1) << 2) | ((b >> lo & 1) << 1);
-                *out++ = static_cast<unsigned char>(v);
-            }
+            const std::uint32_t v = spread[red[i]] << 3 | spread[green[i]] << 2 | spread[blue[i]] << 1;
+            out[0] = static_cast<unsigned char>(v);
+            out[1] = static_cast<unsigned char>(v >> 8);
+            out[2] = static_cast<unsigned char>(v >> 16);
+            out[3] = static_cast<unsigned char>(v >> 24);
+            out += 4;
         }
         red += planeStride;
         green += planeStride;

@@ -22,35 +22,33 @@ void RedistributeRow(std::int16_t* cur, std::int16_t* next, unsigned char* out, 
         }
         const int n = s / 255;
         const int r = s % 255;
-
-        // Order the cells: the lowest index wins a tie for the maximum, the
-        // highest index a tie for the minimum, and of the middle two the
-        // higher index goes first on a tie.
-        int o[4];
-        o[0] = 0;
-        for (int i = 1; i < 4; ++i)
-            if (q[i] > q[o[0]]) o[0] = i;
-        o[3] = 3;
-        for (int i = 0; i < 4; ++i)
-            if (q[i] <= q[o[3]]) o[3] = i;
-        int a = -1, b = -1;
-        for (int i = 0; i < 4; ++i) {
-            if (i == o[0] || i == o[3]) continue;
-            if (a < 0) a = i; else b = i;
-        }
-        if (q[a] > q[b]) {
-            o[1] = a;
-            o[2] = b;
+        if (n >= 4 || s == 0) {
+            // All four cells full, or all empty: the order does not matter.
+            q[0] = q[1] = q[2] = q[3] = s ? 255 : 0;
         } else {
-            o[1] = b;
-            o[2] = a;
-        }
-
-        for (int k = 0; k < 4; ++k) {
-            int v;
-            if (n == 0) v = k == 0 ? r : 0;
-            else v = k < n ? 255 : k == n ? r : 0;  // four or more: all full, r lost
-            q[o[k]] = v;
+            // Order the cells: the lowest index wins a tie for the maximum,
+            // the highest index a tie for the minimum, and of the middle two
+            // the higher index goes first on a tie.
+            int o[4];
+            o[0] = 0;
+            for (int i = 1; i < 4; ++i)
+                if (q[i] > q[o[0]]) o[0] = i;
+            o[3] = 3;
+            for (int i = 0; i < 4; ++i)
+                if (q[i] <= q[o[3]]) o[3] = i;
+            int a = -1, b = -1;
+            for (int i = 0; i < 4; ++i) {
+                if (i == o[0] || i == o[3]) continue;
+                if (a < 0) a = i; else b = i;
+            }
+            if (q[a] > q[b]) {
+                o[1] = a;
+                o[2] = b;
+            } else {
+                o[1] = b;
+                o[2] = a;
+            }
+            for (int k = 0; k < 4; ++k) q[o[k]] = k < n ? 255 : k == n ? r : 0;
         }
         unsigned bit = 0;
         if (q[0] == 255) {

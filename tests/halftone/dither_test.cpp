@@ -373,30 +373,4 @@ TEST(Dither, SmoothCarriesMoreThanSharp) {
     }
 }
 
-TEST(Dither, ThinImagesAtEveryDepth) {
-    for (const Combo& c : Accepted()) {
-        for (auto size : {std::pair<int, int>{1, 1}, {1, 7}, {7, 1}, {2, 2}}) {
-            SCOPED_TRACE(Name(c) + " " + std::to_string(size.first) + "x" + std::to_string(size.second));
-            Bytes out = Dither(*c.e, GreyDib(size.first, size.second, c.depth, Ramp), c.bits);
-            ASSERT_FALSE(out.empty());
-            EXPECT_EQ(Get32(out, 4), static_cast<std::uint32_t>(size.first));
-            EXPECT_EQ(Get32(out, 8), static_cast<std::uint32_t>(size.second));
-        }
-    }
-}
-
-TEST(Dither, FourBitOutputUsesOnlyEvenEntries) {
-    for (const Combo& c : Accepted()) {
-        if (c.bits != 4) continue;
-        Bytes src = MakeDib(21, 9, c.depth, [&](int x, int y) -> unsigned {
-            unsigned v = static_cast<unsigned>(x * 29 + y * 53);
-            return c.depth == 24 ? (v * 2246822519u) & 0xFFFFFF : v % (1u << c.depth);
-        });
-        Bytes out = Dither(*c.e, src, 4);
-        ASSERT_FALSE(out.empty());
-        for (int y = 0; y < 9; ++y)
-            for (int x = 0; x < 21; ++x) EXPECT_EQ(PixelAt(out, x, y) & 1, 0u) << Name(c);
-    }
-}
-
 }  // namespace
