@@ -242,14 +242,23 @@ HDIB DitherImage(HDIB dib, int bits, DitherKind kind) {
     unsigned char* outRows[3] = {out.bytes(), out.bytes() + planeRows * stride1,
                                  out.bytes() + 2 * planeRows * stride1};
 
+    // At one bit, rows after the first are diffused from red alone, so
+    // green and blue are only filled for the first row.
     auto loadLines = [&](std::int64_t y) {
         const unsigned char* row = src.Row(y);
+        const bool redOnly = bits == 1 && y > 0;
         if (depth == 24) {
-            DitherSplitRGB(row, red, green, blue, count);
+            if (redOnly) {
+                for (int x = 0; x < count; ++x) red[x] = row[3 * x + 2];
+            } else {
+                DitherSplitRGB(row, red, green, blue, count);
+            }
         } else {
             DitherPaletteRow(row, palette + 2, red, count, depth);
-            DitherPaletteRow(row, palette + 1, green, count, depth);
-            DitherPaletteRow(row, palette + 0, blue, count, depth);
+            if (!redOnly) {
+                DitherPaletteRow(row, palette + 1, green, count, depth);
+                DitherPaletteRow(row, palette + 0, blue, count, depth);
+            }
         }
     };
     const size_t rowCopy = 2 * p;
