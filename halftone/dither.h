@@ -75,6 +75,8 @@ void DiffuseRowJJN8(std::int16_t* const rows[3][3], unsigned char* out, int widt
 void RedistributeRow(std::int16_t* cur, std::int16_t* next, unsigned char* out, int width, bool halve);
 
 // ---- halftone -----------------------------------------------------------------
+// The whole operation behind Halftone.
+HDIB HalftoneImage(HDIB dib, WORD method, int brightness, WORD* error);
 // The 16-by-16 ordered screen, row by row, each value 0..255 once.
 void BuildHalftoneScreen(unsigned char screen[256]);
 // The diffusion kernel of the halftone on 32-bit cells.

@@ -119,16 +119,7 @@ struct GreyRows {
 
 }  // namespace
 
-}  // namespace prism
-
-using namespace prism;
-
-// Halftone: a new 1-bit DIB from a 4-, 8- or 24-bit one.  method 0 is a
-// fixed threshold, 1 error diffusion, 2 the ordered screen; brightness is
-// added to each grey value first.  On failure 0 is returned and a code (8
-// or 1) is written to *error; on success *error is left alone.
-// LastImgError is neither read nor written.
-PRISM_API HDIB WINAPI Halftone(HDIB dib, WORD method, int brightness, WORD* error) {
+HDIB HalftoneImage(HDIB dib, WORD method, int brightness, WORD* error) {
     unsigned char screen[256];
     BuildHalftoneScreen(screen);
     auto fail = [error](WORD code) -> HDIB {
@@ -245,4 +236,15 @@ PRISM_API HDIB WINAPI Halftone(HDIB dib, WORD method, int brightness, WORD* erro
     palette[4] = palette[5] = palette[6] = 255;  // entry 1 white, entry 0 black
     resultLock.Unlock();
     return result.Release();
+}
+
+}  // namespace prism
+
+// Halftone: a new 1-bit DIB from a 4-, 8- or 24-bit one.  method 0 is a
+// fixed threshold, 1 error diffusion, 2 the ordered screen; brightness is
+// added to each grey value first.  On failure 0 is returned and a code (8
+// or 1) is written to *error; on success *error is left alone.
+// LastImgError is neither read nor written.
+PRISM_API HDIB WINAPI Halftone(HDIB dib, WORD method, int brightness, WORD* error) {
+    return prism::HalftoneImage(dib, method, brightness, error);
 }
