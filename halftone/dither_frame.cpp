@@ -181,6 +181,7 @@ HDIB DitherImage(HDIB dib, int bits, DitherKind kind) {
     const std::int64_t width = h.biWidth;
     const std::int64_t height = h.biHeight;
     if (width > kMaxDitherWidth) {
+        // Refused rather than turned into an empty picture by a 16-bit count.
         LastImgError = kErrParameter;
         return nullptr;
     }

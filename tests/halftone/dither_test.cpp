@@ -47,7 +47,7 @@ std::string Name(const Combo& c) {
 }
 
 Bytes Dither(const Export& e, const Bytes& dib, int bits) {
-    return Run(dib, [&](HGLOBAL block) { return e.fn(block, bits); });
+    return RunOn(dib, [&](HGLOBAL block) { return e.fn(block, bits); });
 }
 
 TEST(Dither, RefusesBadArgumentsWithTheirCodes) {
@@ -153,6 +153,32 @@ TEST(Dither, TooSmallBlocksNeverReadPastTheirEnd) {
             EXPECT_EQ(WhiteFraction(out), 0.0) << depth;
         }
     }
+}
+
+TEST(Dither, PixelsStartBehindAFullTableWhateverClrUsedSays) {
+    // A white 8-bit image with a table of two entries: the dithers look for
+    // pixels behind 256 entries, past the end of this block, and read 0
+    // there, entry 0, black.  Halftone follows biClrUsed and sees white.
+    Bytes dib(40 + 8 + 4 * 3, 0);
+    Put32(dib, 0, 40);
+    Put32(dib, 4, 4);
+    Put32(dib, 8, 3);
+    dib[12] = 1;
+    dib[14] = 8;
+    Put32(dib, 32, 2);
+    std::memset(&dib[44], 255, 3);     // entry 1 white
+    std::memset(&dib[48], 1, 4 * 3);   // every pixel entry 1
+    for (const Export& e : kExports) {
+        prism::LastImgError = 7;
+        Bytes out = Dither(e, dib, 1);
+        ASSERT_FALSE(out.empty()) << e.name;
+        EXPECT_EQ(ImgError(), 0);
+        EXPECT_EQ(WhiteFraction(out), 0.0) << e.name;
+    }
+    WORD error = 0;
+    Bytes half = RunOn(dib, [&](HGLOBAL block) { return Halftone(block, 0, 0, &error); });
+    ASSERT_FALSE(half.empty());
+    EXPECT_EQ(WhiteFraction(half), 1.0);
 }
 
 TEST(Dither, ResultHeaderAndFixedPalettes) {
@@ -261,7 +287,7 @@ TEST(Dither, DeterministicAndTheSourceIsLeftAlone) {
             unsigned v = static_cast<unsigned>(x * 37 + y * 91);
             return c.depth == 24 ? (v * 2654435761u) & 0xFFFFFF : v % (1u << c.depth);
         });
-        Bytes a = Dither(*c.e, src, c.bits);  // Run() fails when the source changes
+        Bytes a = Dither(*c.e, src, c.bits);  // RunOn() fails when the source changes
         ASSERT_FALSE(a.empty());
         EXPECT_EQ(Dither(*c.e, src, c.bits), a);
     }

@@ -14,7 +14,7 @@ namespace {
 Bytes Half(const Bytes& dib, WORD method, int brightness, WORD* error = nullptr) {
     WORD local = 0xBEEF;
     WORD* word = error ? error : &local;
-    return Run(dib, [&](HGLOBAL block) { return Halftone(block, method, brightness, word); });
+    return RunOn(dib, [&](HGLOBAL block) { return Halftone(block, method, brightness, word); });
 }
 
 TEST(Halftone, ErrorWordCodesAndLocks) {

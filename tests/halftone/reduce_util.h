@@ -84,7 +84,7 @@ inline Bytes FlatGrey(int width, int height, int bitCount, unsigned g) {
 // Runs an export on a copy of `dib` in a block and returns the result's
 // bytes (empty on failure); the source block is checked to be unchanged.
 template <typename F>
-Bytes Run(const Bytes& dib, F&& op) {
+Bytes RunOn(const Bytes& dib, F&& op) {
     HGLOBAL block = testing_support::BlockFrom(dib);
     HDIB result = op(block);
     Bytes out;
