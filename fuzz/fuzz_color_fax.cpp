@@ -23,6 +23,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, size_t size) {
     (void)silenced;
     const std::uint8_t* split = static_cast<const std::uint8_t*>(std::memchr(data, 0, size));
     size_t textBytes = split ? static_cast<size_t>(split - data) : size;
+    if (split && fuzz::ClaimedPixelBytes(split + 1, size - textBytes - 1) > fuzz::kMaxClaim) return 0;
     fuzz::MemoryFile plane(split ? split + 1 : data, split ? size - textBytes - 1 : 0);
     if (plane.handle() < 0) return 0;
 

@@ -11,6 +11,7 @@ int Silence(const char*, const char*, unsigned, void*) { return plat::kIdOk; }
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, size_t size) {
     static const bool silenced = (plat::ObserveMessages(&Silence, nullptr), true);
     (void)silenced;
+    if (fuzz::ClaimedPixelBytes(data, size) > fuzz::kMaxClaim) return 0;
     fuzz::MemoryFile file(data, size);
     if (file.handle() < 0) return 0;
     GetImageFormat(file.path().c_str());

@@ -27,6 +27,12 @@ private:
     std::string path_;
 };
 
+// Headers that claim more than this many pixel bytes only measure the
+// allocator; the targets pass such inputs over (the reader handles them).
+constexpr std::uint64_t kMaxClaim = 64u << 20;
+// Pixel bytes a BMP or packed DIB's header claims (0 when it is none).
+std::uint64_t ClaimedPixelBytes(const std::uint8_t* data, size_t size);
+
 // Frees a block if it is one.
 void Free(HGLOBAL block);
 

@@ -132,6 +132,22 @@ std::vector<Operation> Operations() {
                            return ScaleGrayDIB(dib, 1, 1, 5, 4, 2, 3, mode);
                        }});
     }
+    using Dither = HDIB(WINAPI*)(HDIB, int);
+    const std::pair<const char*, Dither> dithers[] = {
+        {"DitherFS4", DitherFS4}, {"DitherJJN", DitherJJN}, {"DitherSmooth", DitherSmooth}, {"DitherSharp", DitherSharp}};
+    for (const auto& d : dithers) {
+        for (int bits : {1, 4, 8}) {
+            Dither fn = d.second;
+            ops.push_back({std::string(d.first) + "_" + std::to_string(bits),
+                           [=](HGLOBAL dib) { return fn(dib, bits); }});
+        }
+    }
+    for (WORD method : {0, 1, 2}) {
+        ops.push_back({"Halftone_" + std::to_string(method), [=](HGLOBAL dib) {
+                           WORD error = 0;
+                           return Halftone(dib, method, 10, &error);
+                       }});
+    }
     return ops;
 }
 
