@@ -108,6 +108,19 @@ TEST(ColorConvolution, LastPixelsLandTooFarLeft) {
     }
 }
 
+TEST(ColorConvolution, NarrowRowsFollowThePlainRule) {
+    // Rows narrower than two kernels repeat their edge pixels plainly, so a
+    // uniform area stays as it is whatever the kind.
+    for (int W : {1, 2, 3, 5, 9})
+        for (int kind = 3; kind <= 6; ++kind)
+            for (int size : {3, 5}) {
+                if (W >= 2 * size) continue;
+                Bytes src = Image24(W, 7, [](int, int) { return 0x405060u; });
+                Bytes o = Filtered(src, 0, kind, size);
+                EXPECT_EQ(o, src) << W << " " << kind << "/" << size;
+            }
+}
+
 TEST(ColorConvolution, SharpeningMovesTheThreeBytesAlike) {
     Bytes src = Image24(16, 8, [](int x, int) { return x < 8 ? 0x304050u : 0xC0A0F0u; });
     Bytes o = Filtered(src, 1, 5, 3);
