@@ -94,9 +94,9 @@ int MonoToGrey(const MonoSource& s, unsigned char* dst, std::uint64_t dstStride,
         // Position p of an accumulator row stands for column p - 4.
         std::memcpy(dst + static_cast<size_t>(r) * dstStride, roles[0] + 4, static_cast<size_t>(W));
     }
-    // The scratch block stays allocated and locked after a smoothing: that
-    // is how the interface behaves, and it is kept.
-    lock.Release();
+    // The scratch block is given back: nothing outside the call uses it.
+    lock.Unlock();
+    GlobalFree(scratch);
     return 0;
 }
 
