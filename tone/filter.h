@@ -80,22 +80,32 @@ void GatherEdges(const EdgePlan& plan, const Pix* p, Acc* const* ring, int size)
 // The plain gather over the interior columns for a kernel known when
 // compiling: the loops unroll and the constant weights become shifts and
 // additions, with zero weights left out.
-template <class K, typename Acc, typename Pix>
-void GatherFixed(const Pix* p, std::int64_t begin, std::int64_t end, Acc* const* ring) {
+// One role at a time, so that each loop has one destination and the
+// compiler may vectorise it (source and ring rows never overlap).
+template <class K, int J, typename Acc, typename Pix>
+void GatherRole(const Pix* __restrict p, std::int64_t begin, std::int64_t end, Acc* __restrict row) {
     constexpr int N = K::N;
-    Acc* rows[N];
-    for (int j = 0; j < N; ++j) rows[j] = ring[j];
     for (std::int64_t x = begin; x < end; ++x) {
         const Pix* q = p + x + N / 2;  // q[-i] is the pixel for position i
+        std::int32_t s = 0;
 #pragma GCC unroll 8
-        for (int j = 0; j < N; ++j) {
-            std::int32_t s = 0;
-#pragma GCC unroll 8
-            for (int i = 0; i < N; ++i)
-                if (K::w[j][i] != 0) s += K::w[j][i] * static_cast<std::int32_t>(q[-i]);
-            Put(rows[j][x], s, j == N - 1);
-        }
+        for (int i = 0; i < N; ++i)
+            if (K::w[J][i] != 0) s += K::w[J][i] * static_cast<std::int32_t>(q[-i]);
+        Put(row[x], s, J == N - 1);
     }
+}
+
+template <class K, int J, typename Acc, typename Pix>
+void GatherRoles(const Pix* p, std::int64_t begin, std::int64_t end, Acc* const* ring) {
+    if constexpr (J < K::N) {
+        GatherRole<K, J>(p, begin, end, ring[J]);
+        GatherRoles<K, J + 1>(p, begin, end, ring);
+    }
+}
+
+template <class K, typename Acc, typename Pix>
+void GatherFixed(const Pix* p, std::int64_t begin, std::int64_t end, Acc* const* ring) {
+    GatherRoles<K, 0>(p, begin, end, ring);
 }
 
 // The same for a caller's matrix, with multiplications by its cells.
