@@ -148,6 +148,57 @@ std::vector<Operation> Operations() {
                            return Halftone(dib, method, 10, &error);
                        }});
     }
+    ops.push_back({"ComputeHistogram", [](HGLOBAL dib) {
+                       int error = 0, position[2] = {3, 2};
+                       HGLOBAL table = ComputeHistogram(dib, 30, nullptr, position, &error);
+                       if (table) {
+                           ComputeHistogram(dib, 31, table, position, &error);
+                           GlobalFree(table);
+                       }
+                       return HGLOBAL(nullptr);
+                   }});
+    for (BOOL copy : {0, 1}) {
+        const std::string how = copy ? "_copy" : "_in_place";
+        ops.push_back({"ApplyLUT" + how, [=](HGLOBAL dib) {
+                           int error = 0;
+                           HGLOBAL lut = ComputeLUT(nullptr, 30, nullptr, 0, 0, &error);
+                           HGLOBAL result = ApplyLUT(dib, lut, copy, &error);
+                           if (lut) GlobalFree(lut);
+                           return result;
+                       }});
+        for (int kind : {1, 3, 4, 5, 6}) {
+            for (int size : {3, 5, 7}) {
+                ops.push_back({"Convolve" + how + "_kind" + std::to_string(kind) + "_size" + std::to_string(size),
+                               [=](HGLOBAL dib) {
+                                   int error = 0;
+                                   std::vector<int> matrix(size * size + 1, 1);
+                                   return Convolve(dib, copy, kind, size, nullptr, matrix.data(), &error);
+                               }});
+                ops.push_back({"ColorConvolution" + how + "_kind" + std::to_string(kind) + "_size" +
+                                   std::to_string(size),
+                               [=](HGLOBAL dib) {
+                                   int error = 0;
+                                   std::vector<short> matrix(size * size + 1, 1);
+                                   return ColorConvolution(dib, copy, 0, static_cast<WORD>(kind),
+                                                           static_cast<short>(size), nullptr, matrix.data(), &error);
+                               }});
+            }
+        }
+    }
+    ops.push_back({"ColorBrightnessContrast", [](HGLOBAL dib) { return ColorBrightnessContrast(dib, 20, -30); }});
+    ops.push_back({"InvertDIBPalette", [](HGLOBAL dib) {
+                       InvertDIBPalette(dib);
+                       return HGLOBAL(nullptr);
+                   }});
+    ops.push_back({"Convert8to24", [](HGLOBAL dib) { return Convert8to24(dib); }});
+    for (int smoothing : {0, 3, 5}) {
+        for (BOOL weighted : {0, 1}) {
+            ops.push_back({"ConvColorDIBtoGrayscale_" + std::to_string(smoothing) + (weighted ? "_weighted" : ""),
+                           [=](HGLOBAL dib) { return ConvColorDIBtoGrayscale(dib, smoothing, weighted); }});
+        }
+        ops.push_back({"ConvMonoDIBtoGrayscale_" + std::to_string(smoothing),
+                       [=](HGLOBAL dib) { return ConvMonoDIBtoGrayscale(dib, smoothing); }});
+    }
     return ops;
 }
 
