@@ -90,7 +90,24 @@ void ExpandRle8(Stream& s, const Target& t, std::uint32_t width) {
     }
 }
 
-// RLE4.  Pixels go in one at a time and only while x is below the width:
+// Writes `n` pixels of a repeat pair from column x: the high nibble of b,
+// then the low one, in turn.  Whole target bytes are filled at once.
+void FillNibbles(unsigned char* row, std::uint32_t x, std::uint32_t n, unsigned char b) {
+    std::uint32_t k = 0;
+    unsigned char pair = b;
+    if (x & 1) {
+        // The first pixel takes a low nibble; the pairs after it are swapped.
+        PutNibble(row, x, b >> 4);
+        k = 1;
+        pair = static_cast<unsigned char>((b << 4) | (b >> 4));
+    }
+    const std::uint32_t whole = (n - k) / 2;
+    std::memset(row + (x + k) / 2, pair, whole);
+    k += 2 * whole;
+    if (k < n) PutNibble(row, x + k, k & 1 ? b & 0x0F : b >> 4);
+}
+
+// RLE4.  Pixels are written only while x is below the width:
 // a run is cut at the row's end and x stays there, so a pair after a full
 // row is lost.
 void ExpandRle4(Stream& s, const Target& t, std::uint32_t width) {
@@ -100,8 +117,10 @@ void ExpandRle4(Stream& s, const Target& t, std::uint32_t width) {
     while (s.Pair(&a, &b)) {
         unsigned char* row = y < t.height ? t.bits + y * t.stride : nullptr;
         if (a != 0) {
-            for (unsigned k = 0; k < a && x < width; ++k, ++x)
-                if (row) PutNibble(row, x, k & 1 ? b & 0x0F : b >> 4);
+            if (x >= width) continue;
+            const std::uint32_t n = a < width - x ? a : width - x;
+            if (row) FillNibbles(row, x, n, static_cast<unsigned char>(b));
+            x += n;
         } else if (b == kRleEndOfRow) {
             x = 0;
             ++y;
@@ -114,6 +133,17 @@ void ExpandRle4(Stream& s, const Target& t, std::uint32_t width) {
             y += dy;
         } else {
             const std::uint64_t bytes = (b + 1) / 2;
+            const std::uint32_t n = x < width ? (b < width - x ? b : width - x) : 0;
+            if (x % 2 == 0 && (n + 1) / 2 <= s.Left()) {
+                // Whole source bytes line up with whole target bytes.
+                if (row) {
+                    std::memcpy(row + x / 2, s.p + s.pos, n / 2);
+                    if (n & 1) PutNibble(row, x + n - 1, s.p[s.pos + n / 2] >> 4);
+                }
+                x += n;
+                if (!s.Skip(bytes + (bytes & 1))) break;
+                continue;
+            }
             // Source bytes are read only while pixels still land in the row.
             for (unsigned k = 0; k < b && x < width; ++k, ++x) {
                 if (k / 2 >= s.Left()) return;

@@ -234,6 +234,11 @@ TEST(ExpandCompressedDIB, Rle4RowEnds) {
         {"offset_past_edge_drops", 2, 2, 2, {0, 2, 5, 0, 3, 0x99, 0, 0, 1, 0x40, 0, 1}, {{0, 0, 0, 0}, {0x40, 0, 0, 0}}},
         {"rows_past_the_last_dropped", 2, 1, 2, {0, 0, 2, 0x11, 0, 2, 0, 250, 2, 0x22, 0, 1}, {{0, 0, 0, 0}}},
         {"absolute_cut_by_block_end", 8, 1, 2, {0, 8, 0x12, 0x34}, {{0x12, 0x34, 0, 0}}},
+        // Runs that start on an odd column.
+        {"repeat_from_odd_column", 8, 1, 2, {1, 0x50, 5, 0xAB, 0, 1}, {{0x5A, 0xBA, 0xBA, 0x00}}},
+        {"absolute_from_odd_column", 4, 1, 2, {1, 0x30, 0, 3, 0x12, 0x30, 0, 1}, {{0x31, 0x23, 0, 0}}},
+        {"absolute_cut_at_row_end", 5, 1, 2, {2, 0x11, 0, 5, 0x12, 0x34, 0x50, 0xFF, 2, 0x66, 0, 1},
+         {{0x11, 0x12, 0x30, 0}}},
         // Compression values above 2 are read as RLE4.
         {"compression_3_is_rle4", 4, 1, 3, {3, 0x5A, 0, 1}, {{0x5A, 0x50, 0, 0}}},
     };
