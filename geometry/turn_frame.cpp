@@ -19,9 +19,10 @@ HDIB TurnDib(HDIB dib, TurnShape shape, void (*move)(const TurnJob&)) {
     if (!src || ViewDib(src.get(), src.size(), &view) != DibStatus::kOk) return nullptr;
     // Only 40-byte headers are read, and only rows of one plane; the rows
     // must lie in the block.
+    if (!view.infoHeader || !view.RowsFit()) return nullptr;
     BITMAPINFOHEADER h;
     std::memcpy(&h, src.get(), sizeof(h));
-    if (!view.infoHeader || h.biPlanes != 1 || !view.RowsFit()) return nullptr;
+    if (h.biPlanes != 1) return nullptr;
 
     const std::int64_t rw = shape == TurnShape::kQuarter ? view.height : view.width;
     const std::int64_t rh = shape == TurnShape::kQuarter ? view.width : view.height;

@@ -16,11 +16,11 @@ size_t TableOffset(int bits) { return 40 + (size_t(4) << bits); }
 
 // An uncompressed DIB from raw stored rows (padding included), bottom first.
 Bytes RawDib(int width, int bits, const std::vector<Bytes>& rows) {
-    testing_support::DibSpec spec;
-    spec.width = width;
-    spec.height = static_cast<int>(rows.size());
-    spec.bitCount = bits;
-    Bytes dib = testing_support::PackedDib(spec, [](int, int) { return 0u; });
+    testing_support::DibSpec shape;
+    shape.width = width;
+    shape.height = static_cast<int>(rows.size());
+    shape.bitCount = bits;
+    Bytes dib = testing_support::PackedDib(shape, [](int, int) { return 0u; });
     const size_t stride = testing_support::Stride(width, bits);
     for (size_t y = 0; y < rows.size(); ++y) {
         EXPECT_EQ(rows[y].size(), stride);
@@ -31,11 +31,11 @@ Bytes RawDib(int width, int bits, const std::vector<Bytes>& rows) {
 
 // A compressed DIB holding `stream` behind a full table.
 Bytes CompressedDib(int width, int height, int bits, std::uint32_t compression, const Bytes& stream) {
-    testing_support::DibSpec spec;
-    spec.width = width;
-    spec.height = 0;
-    spec.bitCount = bits;
-    Bytes dib = testing_support::PackedDib(spec);
+    testing_support::DibSpec shape;
+    shape.width = width;
+    shape.height = 0;
+    shape.bitCount = bits;
+    Bytes dib = testing_support::PackedDib(shape);
     picture::Put32(dib, 8, static_cast<std::uint32_t>(height));
     picture::Put32(dib, 16, compression);
     picture::Put32(dib, 20, static_cast<std::uint32_t>(stream.size()));
@@ -335,13 +335,13 @@ TEST(RleBadInput, RefusedWithCodes) {
 // the coder reads its pixels at the full table's offset all the same, and
 // bytes past the block read as 0.
 TEST(CompressDIB, ShortTableStillUsesTheFullOffset) {
-    testing_support::DibSpec spec;
-    spec.width = 4;
-    spec.height = 1;
-    spec.bitCount = 4;
-    spec.colors = 2;
-    spec.clrUsed = 2;
-    Bytes src = testing_support::PackedDib(spec, [](int x, int) { return unsigned(x + 1); });
+    testing_support::DibSpec shape;
+    shape.width = 4;
+    shape.height = 1;
+    shape.bitCount = 4;
+    shape.colors = 2;
+    shape.clrUsed = 2;
+    Bytes src = testing_support::PackedDib(shape, [](int x, int) { return unsigned(x + 1); });
     ASSERT_EQ(src.size(), 40u + 8 + 4);
     Bytes out = picture::Run(CompressDIB, src);
     ASSERT_FALSE(out.empty());

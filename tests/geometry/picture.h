@@ -90,11 +90,11 @@ inline void PutBits(unsigned char* area, std::uint64_t bitPos, int bits, unsigne
 
 // DIB bytes of a picture (40-byte header, table by depth, zero padding).
 inline Bytes ToDib(const Picture& p) {
-    testing_support::DibSpec spec;
-    spec.width = p.width;
-    spec.height = p.height;
-    spec.bitCount = p.bits;
-    Bytes dib = testing_support::PackedDib(spec, [](int, int) { return 0u; });
+    testing_support::DibSpec shape;
+    shape.width = p.width;
+    shape.height = p.height;
+    shape.bitCount = p.bits;
+    Bytes dib = testing_support::PackedDib(shape, [](int, int) { return 0u; });
     const size_t stride = testing_support::Stride(p.width, p.bits);
     unsigned char* bits = dib.data() + BitsOffset(dib);
     for (int y = 0; y < p.height; ++y)

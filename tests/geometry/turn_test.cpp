@@ -233,12 +233,12 @@ TEST(RotateDIB180, TurnsTheBytesOfACompressedHeaderAsRows) {
 // others give the zero picture with the right header.
 TEST(TurnOtherDepths, VerticalFlipMirrorsTheRestGiveZeroPictures) {
     for (int bits : {2, 16, 32}) {
-        testing_support::DibSpec spec;
-        spec.width = 5;
-        spec.height = 3;
-        spec.bitCount = bits;
-        spec.colors = 0;
-        Bytes src = testing_support::PackedDib(spec);
+        testing_support::DibSpec shape;
+        shape.width = 5;
+        shape.height = 3;
+        shape.bitCount = bits;
+        shape.colors = 0;
+        Bytes src = testing_support::PackedDib(shape);
         const size_t stride = testing_support::Stride(5, bits);
         for (size_t i = 40; i < src.size(); ++i) src[i] = static_cast<unsigned char>(i * 7 + 1);
 
