@@ -5,7 +5,7 @@
 
 namespace {
 
-void RunTurn(benchmark::State& state, HDIB (*op)(HDIB)) {
+void RunTurn(benchmark::State& state, HDIB(WINAPI* op)(HDIB)) {
     const int bitCount = static_cast<int>(state.range(0));
     HDIB dib = bench::MakeImage(bench::Width(), bench::Height(), bitCount);
     for (auto _ : state) {

@@ -293,7 +293,7 @@ TEST(RleBadInput, RefusedWithCodes) {
     Bytes plain4 = picture::ToDib(picture::Varied(6, 3, 4));
     struct Case {
         const char* name;
-        HDIB (*op)(HDIB);
+        picture::DibOp op;
         Bytes in;
         int code;
     } cases[] = {
@@ -319,7 +319,7 @@ TEST(RleBadInput, RefusedWithCodes) {
         EXPECT_TRUE(picture::Run(c.op, c.in).empty());
         EXPECT_EQ(ImgError(), c.code);
     }
-    for (HDIB (*op)(HDIB) : {CompressDIB, ExpandCompressedDIB}) {
+    for (picture::DibOp op : {CompressDIB, ExpandCompressedDIB}) {
         SetImgError(0);
         EXPECT_EQ(op(nullptr), nullptr);
         EXPECT_EQ(ImgError(), 8);

@@ -111,9 +111,11 @@ inline Picture FromDib(const Bytes& dib) {
     return p;
 }
 
+using DibOp = HDIB(WINAPI*)(HDIB);
+
 // Runs an export on bytes and gives back the result's bytes (empty for a
 // 0 result); the input block is checked to be unchanged and freed.
-inline Bytes Run(HDIB (*op)(HDIB), const Bytes& in) {
+inline Bytes Run(DibOp op, const Bytes& in) {
     HGLOBAL block = testing_support::BlockFrom(in);
     HDIB out = op(block);
     Bytes result = out ? testing_support::BlockBytes(out) : Bytes();

@@ -14,7 +14,7 @@ using picture::Picture;
 
 namespace {
 
-using Op = HDIB (*)(HDIB);
+using Op = picture::DibOp;
 
 // A source DIB with header fields that must carry over as they stand.
 Bytes Source(const Picture& p) {

@@ -6,8 +6,10 @@
 
 namespace {
 
+using DibOp = HDIB(WINAPI*)(HDIB);
+
 // Loads IN, applies one operation and saves OUT.
-int Apply(const cli::Args& args, HDIB (*op)(HDIB), const char* what) {
+int Apply(const cli::Args& args, DibOp op, const char* what) {
     cli::Image in(cli::LoadImageFile(args[0]));
     if (!in) return cli::kFailed;
     SetImgError(0);
@@ -20,7 +22,7 @@ int Apply(const cli::Args& args, HDIB (*op)(HDIB), const char* what) {
 }
 
 // The operation for a right-angle turn, or null for another angle.
-HDIB (*QuarterTurn(int angle))(HDIB) {
+DibOp QuarterTurn(int angle) {
     switch (angle) {
         case 90: return RotateDIB90;
         case 180: return RotateDIB180;
@@ -32,7 +34,7 @@ HDIB (*QuarterTurn(int angle))(HDIB) {
 int Rotate(const cli::Args& args) {
     int angle = 0;
     if (args.size() != 3 || !cli::ParseInt(args[2], &angle)) return cli::Usage("rotate");
-    HDIB (*op)(HDIB) = QuarterTurn(angle);
+    DibOp op = QuarterTurn(angle);
     if (!op) return cli::Usage("rotate");
     return Apply(args, op, "rotate");
 }
