@@ -20,7 +20,7 @@ void Mirror(const TurnJob& j) {
     for (std::uint32_t y = 0; y < j.height; ++y) {
         const unsigned char* s = j.src + y * j.srcStride;
         unsigned char* d = j.dst + y * j.dstStride;
-        for (std::uint32_t x = 0; x < j.width; ++x) Pixel::Copy(s, x, d, j.width - 1 - x);
+        MirrorRow<Pixel>(s, d, j.width);
     }
 }
 

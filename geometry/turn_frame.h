@@ -4,6 +4,7 @@
 
 #include "platform/platform.h"
 
+#include <algorithm>
 #include <cstdint>
 
 namespace prism {
@@ -52,5 +53,15 @@ struct Pixel24 {
         to[2] = from[2];
     }
 };
+
+// One row mirrored: source column x to result column width - 1 - x.
+template <class Pixel>
+inline void MirrorRow(const unsigned char* s, unsigned char* d, std::uint32_t width) {
+    for (std::uint32_t x = 0; x < width; ++x) Pixel::Copy(s, x, d, width - 1 - x);
+}
+template <>
+inline void MirrorRow<Pixel8>(const unsigned char* s, unsigned char* d, std::uint32_t width) {
+    std::reverse_copy(s, s + width, d);
+}
 
 }  // namespace prism
