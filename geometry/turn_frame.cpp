@@ -1,0 +1,61 @@
+// The frame of the right-angle turns and flips of DIBs.
+#include "geometry/turn_frame.h"
+
+#include "core/dib.h"
+#include "geometry/dib_copy.h"
+
+#include <cstring>
+
+namespace prism {
+
+// Bytes behind the result rows; the one-column shift of the 270-degree
+// turn can write its last pixel there.
+constexpr std::uint64_t kSpareBytes = 4;
+
+HDIB TurnDib(HDIB dib, TurnShape shape, void (*move)(const TurnJob&)) {
+    if (!dib) return nullptr;
+    BlockLock src(dib);
+    DibView view;
+    if (!src || ViewDib(src.get(), src.size(), &view) != DibStatus::kOk) return nullptr;
+    // Only 40-byte headers are read, and only rows of one plane; the rows
+    // must lie in the block.
+    if (!view.infoHeader || !view.RowsFit()) return nullptr;
+    BITMAPINFOHEADER h;
+    std::memcpy(&h, src.get(), sizeof(h));
+    if (h.biPlanes != 1) return nullptr;
+
+    const std::int64_t rw = shape == TurnShape::kQuarter ? view.height : view.width;
+    const std::int64_t rh = shape == TurnShape::kQuarter ? view.width : view.height;
+    std::uint64_t bytes;
+    if (!DibBlockBytes(rw, rh, view.bitCount, view.colors, &bytes)) return nullptr;
+    OwnedBlock result(AllocBlock(bytes + kSpareBytes));
+    BlockLock out(result.get());
+    if (!out) return nullptr;
+
+    DibRowCopy(out.bytes(), view.header, static_cast<std::uint32_t>(kInfoHeaderSize + view.paletteBytes));
+    const std::uint64_t dstStride = DibRowBytes(rw, view.bitCount);
+    if (shape == TurnShape::kQuarter) {
+        // The resolution fields stay where they are.
+        BITMAPINFOHEADER nh;
+        std::memcpy(&nh, out.get(), sizeof(nh));
+        nh.biWidth = static_cast<LONG>(rw);
+        nh.biHeight = static_cast<LONG>(rh);
+        nh.biSizeImage = static_cast<DWORD>(dstStride * static_cast<std::uint64_t>(rh));
+        std::memcpy(out.get(), &nh, sizeof(nh));
+    }
+
+    TurnJob job{view.bits,
+                view.stride,
+                out.bytes() + kInfoHeaderSize + view.paletteBytes,
+                dstStride,
+                static_cast<std::uint32_t>(view.width),
+                static_cast<std::uint32_t>(view.height),
+                view.bitCount};
+    {
+        plat::WaitCursor wait;
+        move(job);
+    }
+    return result.Release();
+}
+
+}  // namespace prism
