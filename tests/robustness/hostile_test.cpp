@@ -102,6 +102,16 @@ std::vector<Operation> Operations() {
                        SaveDIB(out.path(), dib);
                        return HGLOBAL(nullptr);
                    }});
+    using Turn = HDIB(WINAPI*)(HDIB);
+    const std::pair<const char*, Turn> turns[] = {
+        {"RotateDIB90", RotateDIB90},         {"RotateDIB180", RotateDIB180},
+        {"RotateDIB270", RotateDIB270},       {"FlipDIBVertical", FlipDIBVertical},
+        {"FlipDIBHorizontal", FlipDIBHorizontal}, {"CompressDIB", CompressDIB},
+        {"ExpandCompressedDIB", ExpandCompressedDIB}};
+    for (const auto& t : turns) {
+        Turn fn = t.second;
+        ops.push_back({t.first, [=](HGLOBAL dib) { return fn(dib); }});
+    }
     for (int angle : {0, 45, 90, 181, -30}) {
         for (int walk : {0, 1}) {
             ops.push_back({"RotateDIB_" + std::to_string(angle < 0 ? 360 + angle : angle) + "_walk" +

@@ -1,14 +1,9 @@
 // prism info and prism convert.
-#include "cli.h"
+#include "commands.h"
 
 #include <cstdio>
 #include <filesystem>
 #include <system_error>
-
-namespace cli_formats {
-const char* FormatName(int format);  // cmd_formats.cpp
-bool Loadable(int format);
-}  // namespace cli_formats
 
 namespace {
 

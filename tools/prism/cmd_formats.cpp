@@ -1,5 +1,5 @@
 // prism format and prism fax: what a file holds, and colour fax pages.
-#include "cli.h"
+#include "commands.h"
 
 #include <cstdio>
 

@@ -1,6 +1,6 @@
 // prism rotate, flip, compress and expand: whole-image turns, mirrors and
 // run-length coding.
-#include "cli.h"
+#include "commands.h"
 
 #include <string>
 
@@ -31,11 +31,13 @@ DibOp QuarterTurn(int angle) {
     }
 }
 
+// Right angles take the exact quarter turns; any other angle, or --fast or
+// --free, the free rotation.
 int Rotate(const cli::Args& args) {
     int angle = 0;
-    if (args.size() != 3 || !cli::ParseInt(args[2], &angle)) return cli::Usage("rotate");
+    if (args.size() != 3 || !cli::ParseInt(args[2], &angle)) return cli_rotate::RotateByAnyAngle(args);
     DibOp op = QuarterTurn(angle);
-    if (!op) return cli::Usage("rotate");
+    if (!op) return cli_rotate::RotateByAnyAngle(args);
     return Apply(args, op, "rotate");
 }
 
@@ -58,8 +60,10 @@ int Expand(const cli::Args& args) {
 
 }  // namespace
 
-PRISM_COMMAND({"rotate", "IN OUT 90|180|270",
-               "Turn an image clockwise by 90, 180 or 270 degrees (270 keeps the library's one-column shift).",
+PRISM_COMMAND({"rotate", "IN OUT ANGLE [--fast] [--free]",
+               "Turn an image clockwise by ANGLE degrees: 90, 180 and 270 by exact quarter turns (270 keeps "
+               "the library's one-column shift), other angles (or --free) by free rotation into a larger "
+               "image with zero corners; --fast takes the integer walk.",
                Rotate});
 PRISM_COMMAND({"flip", "IN OUT h|v", "Mirror an image left to right (h) or top to bottom (v).", Flip});
 PRISM_COMMAND({"compress", "IN OUT", "Run-length code a 4-bit or 8-bit image (RLE4, RLE8).", Compress});

@@ -1,6 +1,8 @@
-// prism rotate-any and prism skew: free rotation and shear.
-#include "cli.h"
+// Free rotation (prism rotate at angles other than right angles, or with
+// --fast) and prism skew.
+#include "commands.h"
 
+#include <climits>
 #include <cstdio>
 #include <string>
 
@@ -18,25 +20,34 @@ std::string RotateErrorText(int code) {
     }
 }
 
-int RotateAny(const cli::Args& args) {
+}  // namespace
+
+int cli_rotate::RotateByAnyAngle(const cli::Args& args) {
     bool fast = false;
     cli::Args rest;
     for (const std::string& a : args) {
         if (a == "--fast")
             fast = true;
+        else if (a == "--free")
+            continue;
         else
             rest.push_back(a);
     }
     int angle = 0;
-    if (rest.size() != 3 || !cli::ParseInt(rest[2], &angle)) return cli::Usage("rotate-any");
+    if (rest.size() != 3 || !cli::ParseInt(rest[2], &angle)) return cli::Usage("rotate");
     cli::Image image(cli::LoadImageFile(rest[0]));
     if (!image) return cli::kFailed;
     int error = 0;
-    cli::Image turned(RotateDIB(image.get(), angle, fast ? 1 : 0, &error, nullptr));
-    if (!turned) return cli::Fail("rotate-any: " + RotateErrorText(error));
+    // The library turns counter-clockwise for positive angles; the command
+    // takes clockwise degrees like the quarter turns.
+    const int libraryAngle = angle == INT_MIN ? 0 : -(angle % 360);
+    cli::Image turned(RotateDIB(image.get(), libraryAngle, fast ? 1 : 0, &error, nullptr));
+    if (!turned) return cli::Fail("rotate: " + RotateErrorText(error));
     GlobalUnlock(image.get());  // the turn leaves the source locked once more
     return cli::SaveImageFile(rest[1], turned.get()) ? cli::kOk : cli::kFailed;
 }
+
+namespace {
 
 int Skew(const cli::Args& args) {
     int amount = 0;
@@ -54,8 +65,5 @@ int Skew(const cli::Args& args) {
 
 }  // namespace
 
-PRISM_COMMAND({"rotate-any", "IN OUT ANGLE [--fast]",
-               "Turn an image by any whole number of degrees, counter-clockwise; --fast takes the integer walk.",
-               RotateAny});
 PRISM_COMMAND({"skew", "IN OUT h|v AMOUNT",
                "Shear an image: h slides rows sideways, v slides columns up, by AMOUNT pixels in all.", Skew});
