@@ -57,6 +57,15 @@ std::uint64_t ClaimedPixelBytes(const std::uint8_t* data, size_t size) {
     return (static_cast<std::uint64_t>(width) * bits + 31) / 32 * 4 * static_cast<std::uint64_t>(height);
 }
 
+HGLOBAL BlockFrom(const void* data, size_t size) {
+    HGLOBAL block = GlobalAlloc(GHND, size);
+    if (!block) return nullptr;
+    void* p = GlobalLock(block);
+    if (p && size) std::memcpy(p, data, size);
+    GlobalUnlock(block);
+    return block;
+}
+
 void Free(HGLOBAL block) {
     if (block) GlobalFree(block);
 }

@@ -33,6 +33,9 @@ constexpr std::uint64_t kMaxClaim = 64u << 20;
 // Pixel bytes a BMP or packed DIB's header claims (0 when it is none).
 std::uint64_t ClaimedPixelBytes(const std::uint8_t* data, size_t size);
 
+// A new movable block holding the bytes (0 when none can be made).
+HGLOBAL BlockFrom(const void* data, size_t size);
+
 // Frees a block if it is one.
 void Free(HGLOBAL block);
 
