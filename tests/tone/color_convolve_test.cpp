@@ -10,29 +10,14 @@ using namespace tone_test;
 
 namespace {
 
-// Filters a copy and in place; both must agree, and a copy or a refusal
-// leaves the source alone.
 Bytes Filtered(const Bytes& src, int mode, int kind, int size, const short* matrix = nullptr,
-               const char* file = nullptr, int* errorOut = nullptr) {
-    HDIB dib = BlockFrom(src);
-    int error = -1, inPlaceError = -1;
-    const WORD k = static_cast<WORD>(kind);
-    const short n = static_cast<short>(size);
-    Bytes copy = Take(ColorConvolution(dib, 1, mode, k, n, file, matrix, &error));
-    EXPECT_EQ(BlockBytes(dib), src);
-    HDIB same = ColorConvolution(dib, 0, mode, k, n, file, matrix, &inPlaceError);
-    EXPECT_EQ(same, copy.empty() ? nullptr : dib);
-    EXPECT_EQ(inPlaceError, error);
-    EXPECT_EQ(BlockBytes(dib), copy.empty() ? src : copy);
-    GlobalFree(dib);
-    if (errorOut) *errorOut = error;
-    return copy;
-}
-
-unsigned colour;  // of the uniform images
-Bytes Uniform(int width, int height, unsigned rgb) {
-    colour = rgb;
-    return Image(width, height, 24, [](int, int) { return colour; });
+               const char* file = nullptr, int* error = nullptr) {
+    return CopyAndInPlace(
+        src,
+        [&](HDIB dib, BOOL copy, int* e) {
+            return ColorConvolution(dib, copy, mode, WORD(kind), short(size), file, matrix, e);
+        },
+        error);
 }
 
 unsigned Colours(int x, int y) { return (x * 0x3A1F07u + y * 0x11D2C3u) & 0xFFFFFF; }
@@ -43,20 +28,17 @@ TEST(ColorConvolution, EveryByteGainsTheWeightedBrightnessBlueFirst) {
     for (int mode : {0, 1, 2}) EXPECT_EQ(Filtered(colours, mode, 1, 3, identity), colours) << mode;
     // Centre 2, divisor 1: each byte gains the pixel's brightness.
     const short twice[] = {0, 0, 0, 0, 2, 0, 0, 0, 0, 1};
-    const struct {
-        unsigned rgb;
-        int mode;
-        unsigned expected;
-    } cases[] = {{0x0000FF, 1, 0x4E4EFF}, {0x0000FF, 0, 0x5555FF}, {0xFF0000, 1, 0xFF1D1D},
+    const struct { unsigned rgb; int mode; unsigned expected; } cases[] = {
+                 {0x0000FF, 1, 0x4E4EFF}, {0x0000FF, 0, 0x5555FF}, {0xFF0000, 1, 0xFF1D1D},
                  {0x00FF00, 1, 0x93FF93}, {0x00FF00, 2, 0x55FF55}};
     for (const auto& c : cases)
-        EXPECT_EQ(PixelAt(Filtered(Uniform(5, 4, c.rgb), c.mode, 1, 3, twice), 2, 2), c.expected)
+        EXPECT_EQ(PixelAt(Filtered(Uniform(5, 4, 24, c.rgb), c.mode, 1, 3, twice), 2, 2), c.expected)
             << std::hex << c.rgb << " mode " << c.mode;
     // Centre -1: the sum is minus the brightness 17 of bytes 5, 17, 29; by 16
     // it shifts down (-2), by 15 it divides toward zero (-1).
     const short by16[] = {0, 0, 0, 0, -1, 0, 0, 0, 0, 16}, by15[] = {0, 0, 0, 0, -1, 0, 0, 0, 0, 15};
-    EXPECT_EQ(PixelAt(Filtered(Uniform(6, 5, 0x1D1105), 0, 1, 3, by16), 3, 2), 0x0A0000u);
-    EXPECT_EQ(PixelAt(Filtered(Uniform(6, 5, 0x1D1105), 0, 1, 3, by15), 3, 2), 0x0B0000u);
+    EXPECT_EQ(PixelAt(Filtered(Uniform(6, 5, 24, 0x1D1105), 0, 1, 3, by16), 3, 2), 0x0A0000u);
+    EXPECT_EQ(PixelAt(Filtered(Uniform(6, 5, 24, 0x1D1105), 0, 1, 3, by15), 3, 2), 0x0B0000u);
 }
 
 TEST(ColorConvolution, ConstantBrightnessPassesColourEdgesUntouched) {
@@ -78,10 +60,8 @@ TEST(ColorConvolution, ConstantBrightnessPassesColourEdgesUntouched) {
 TEST(ColorConvolution, LastPixelsLandTooFarLeftButNarrowRowsRepeatTheirEdges) {
     // On a uniform grey area the columns near the edges take the weight
     // sums of the colour routines.
-    const struct {
-        int kind, size, value, col0;
-        std::vector<std::pair<int, int>> columns;  // column from the right (1 = W-1), value
-    } cases[] = {
+    // Columns counted from the right (1 = W-1), with their values.
+    const struct { int kind, size, value, col0; std::vector<std::pair<int, int>> columns; } cases[] = {
         {3, 5, 100, 120, {{1, 60}, {2, 120}, {3, 120}, {4, 120}, {5, 100}}},
         {3, 7, 98, 98, {{1, 28}, {2, 56}, {3, 126}, {6, 126}, {7, 98}}},
         {4, 5, 88, 94, {{1, 32}, {2, 120}, {3, 114}, {4, 94}, {5, 88}}},
@@ -90,7 +70,7 @@ TEST(ColorConvolution, LastPixelsLandTooFarLeftButNarrowRowsRepeatTheirEdges) {
     };
     const int W = 18;
     for (const auto& c : cases) {
-        Bytes o = Filtered(Uniform(W, 10, c.value * 0x010101u), 0, c.kind, c.size);
+        Bytes o = Filtered(Uniform(W, 10, 24, c.value * 0x010101u), 0, c.kind, c.size);
         ASSERT_FALSE(o.empty());
         for (int y = 0; y < 10; ++y) {
             EXPECT_EQ(PixelAt(o, 0, y), c.col0 * 0x010101u) << c.kind << "/" << c.size;
@@ -105,8 +85,8 @@ TEST(ColorConvolution, LastPixelsLandTooFarLeftButNarrowRowsRepeatTheirEdges) {
         for (int kind = 3; kind <= 6; ++kind)
             for (int size : {3, 5})
                 if (width < 2 * size) {
-                    EXPECT_EQ(Filtered(Uniform(width, 7, 0x405060), 0, kind, size), Uniform(width, 7, 0x405060))
-                        << width << " " << kind << "/" << size;
+                    const Bytes flat = Uniform(width, 7, 24, 0x405060);
+                    EXPECT_EQ(Filtered(flat, 0, kind, size), flat) << width << " " << kind << "/" << size;
                 }
 }
 
@@ -124,13 +104,10 @@ TEST(ColorConvolution, RefusesBadInput) {
     EXPECT_EQ(error, 0);
 
     const short big[] = {0, 0, 0, 0, 128, 0, 0, 0, 0, 1};
-    const struct {
-        const char* name;
-        int kind, size;
-        const short* matrix;
-        const char* file;
-        Bytes contents;  // written to the file first when not empty
-    } cases[] = {{"kind 0", 0, 3, nullptr, nullptr, {}},      {"kind 7", 7, 3, nullptr, nullptr, {}},
+    // Contents are written to the scratch file first when it is named.
+    const struct { const char* name; int kind, size; const short* matrix; const char* file; Bytes contents; }
+    cases[] = {
+                 {"kind 0", 0, 3, nullptr, nullptr, {}},      {"kind 7", 7, 3, nullptr, nullptr, {}},
                  {"cross at 7", 5, 7, nullptr, nullptr, {}},  {"size 4", 3, 4, nullptr, nullptr, {}},
                  {"size 6", 1, 6, big, nullptr, {}},          {"no matrix", 1, 3, nullptr, nullptr, {}},
                  {"no file name", 2, 3, nullptr, nullptr, {}}, {"cell 128", 1, 3, big, nullptr, {}},
@@ -142,11 +119,8 @@ TEST(ColorConvolution, RefusesBadInput) {
         EXPECT_TRUE(Filtered(src, 0, c.kind, c.size, c.matrix, c.file, &error).empty()) << c.name;
         EXPECT_EQ(error, prism::kErrParameter) << c.name;
     }
-    const struct {
-        const char* name;
-        Bytes bytes;
-        int expected;
-    } bad[] = {{"8-bit", Image(8, 8, 8), prism::kErrBitsPerPixel},
+    const struct { const char* name; Bytes bytes; int expected; } bad[] = {
+               {"8-bit", Image(8, 8, 8), prism::kErrBitsPerPixel},
                {"too small", Bytes(src.begin(), src.end() - 5), prism::kErrDibSize}};
     for (const auto& b : bad) {
         EXPECT_TRUE(Filtered(b.bytes, 0, 3, 3, nullptr, nullptr, &error).empty()) << b.name;

@@ -28,21 +28,10 @@ unsigned Plain(const Bytes& img, int W, int H, const std::vector<int>& m, int n,
     return static_cast<unsigned char>(shift && sum < 0 ? -((-sum + divisor - 1) / divisor) : sum / divisor);
 }
 
-// Filters a copy and in place; both must agree, and a copy or a refusal
-// leaves the source alone.
 Bytes Filtered(const Bytes& src, int kind, int size, const int* matrix = nullptr, const char* file = nullptr,
-               int* errorOut = nullptr) {
-    HDIB dib = BlockFrom(src);
-    int error = -1, inPlaceError = -1;
-    Bytes copy = Take(Convolve(dib, 1, kind, size, file, matrix, &error));
-    EXPECT_EQ(BlockBytes(dib), src);
-    HDIB same = Convolve(dib, 0, kind, size, file, matrix, &inPlaceError);
-    EXPECT_EQ(same, copy.empty() ? nullptr : dib);
-    EXPECT_EQ(inPlaceError, error);
-    EXPECT_EQ(BlockBytes(dib), copy.empty() ? src : copy);
-    GlobalFree(dib);
-    if (errorOut) *errorOut = error;
-    return copy;
+               int* error = nullptr) {
+    return CopyAndInPlace(
+        src, [&](HDIB dib, BOOL copy, int* e) { return Convolve(dib, copy, kind, size, file, matrix, e); }, error);
 }
 
 TEST(Convolve, BoxMeanOfASmallImageByHand) {
@@ -66,13 +55,8 @@ std::vector<int> Asymmetric(int n) {  // both signs: clamp on, divisor 4 by shif
 }
 
 TEST(Convolve, FollowsThePlainRuleWithMatricesReadTransposed) {
-    const struct {
-        int kind, n;
-        std::vector<int> m;
-        int divisor;
-        bool clamp;
-        std::vector<int> widths;
-    } cases[] = {{3, 3, {1, 1, 1, 1, 1, 1, 1, 1, 1}, 9, false, {1, 2, 5, 13}},
+    const struct { int kind, n; std::vector<int> m; int divisor; bool clamp; std::vector<int> widths; } cases[] = {
+                 {3, 3, {1, 1, 1, 1, 1, 1, 1, 1, 1}, 9, false, {1, 2, 5, 13}},
                  {4, 3, {1, 2, 1, 2, 4, 2, 1, 2, 1}, 16, false, {1, 2, 5, 13}},
                  {5, 3, {0, -1, 0, -1, 5, -1, 0, -1, 0}, 1, true, {1, 2, 5, 13}},
                  {6, 3, {-1, -1, -1, -1, 9, -1, -1, -1, -1}, 1, true, {1, 2, 5, 13}},
@@ -111,18 +95,13 @@ TEST(Convolve, SignsOfTheDivisor) {
 TEST(Convolve, EdgeColumnsOfTheFixedRoutinesOnAUniformArea) {
     // Interior exact; the first and last columns carry the fixed edge
     // weights (low byte stored where they overflow).
-    const struct {
-        int kind, size, value;
-        int col0, col2, colW3, colW1;
-    } cases[] = {{3, 5, 50, 60, 50, 50, 60},          {3, 5, 250, (250 * 30 / 25) & 0xFF, 250, 250, (250 * 30 / 25) & 0xFF},
-                 {4, 5, 88, 88 * 47 / 44, 88 * 47 / 44, 88 * 47 / 44, 88 * 45 / 44},
-                 {5, 5, 40, 0, 40, 40, 0},           {6, 5, 40, 0, 40, 40, 0},
-                 {3, 7, 77, 77, 77, 77, 77},         {3, 3, 77, 77, 77, 77, 77}};
+    const struct { int kind, size, value, col0, col2, colW3, colW1; } cases[] = {
+        {3, 5, 50, 60, 50, 50, 60}, {3, 5, 250, (250 * 30 / 25) & 0xFF, 250, 250, (250 * 30 / 25) & 0xFF},
+        {4, 5, 88, 88 * 47 / 44, 88 * 47 / 44, 88 * 47 / 44, 88 * 45 / 44}, {5, 5, 40, 0, 40, 40, 0},
+        {6, 5, 40, 0, 40, 40, 0}, {3, 7, 77, 77, 77, 77, 77}};
     const int W = 16;
     for (const auto& c : cases) {
-        static unsigned value;
-        value = static_cast<unsigned>(c.value);
-        Bytes o = Filtered(Image(W, 9, 8, [](int, int) { return value; }), c.kind, c.size);
+        Bytes o = Filtered(Uniform(W, 9, 8, c.value), c.kind, c.size);
         ASSERT_FALSE(o.empty());
         const int cols[] = {0, 2, 7, W - 3, W - 1}, want[] = {c.col0, c.col2, c.value, c.colW3, c.colW1};
         for (int y = 0; y < 9; ++y)
@@ -146,12 +125,9 @@ TEST(Convolve, RefusesKindsSizesMatricesKernelFilesAndImages) {
     std::vector<int> m49(50, 0);
     m49[24] = 1;
     const std::vector<int> none;
-    const struct {
-        int kind, size;
-        std::vector<int> matrix;  // empty: none given
-        const char* file;
-        int expected;
-    } cases[] = {{0, 3, none, nullptr, 8},  {7, 3, none, nullptr, 8},  {5, 7, none, nullptr, 8},
+    // An empty matrix: none given.
+    const struct { int kind, size; std::vector<int> matrix; const char* file; int expected; } cases[] = {
+                 {0, 3, none, nullptr, 8},  {7, 3, none, nullptr, 8},  {5, 7, none, nullptr, 8},
                  {4, 7, none, nullptr, 8},  {3, 4, none, nullptr, 8},  {1, 6, m49, nullptr, 8},
                  {3, 2, none, nullptr, 8},  {3, 9, none, nullptr, 8},  {1, 3, none, nullptr, 8},
                  {2, 3, none, nullptr, 8},  {2, 7, none, "k.bin", 8},  {2, 3, none, "missing.bin", 8},
@@ -180,11 +156,8 @@ TEST(Convolve, RefusesKindsSizesMatricesKernelFilesAndImages) {
     ASSERT_FALSE(builtIn.empty());
     EXPECT_EQ(Filtered(src, 2, 3, nullptr, file.path(), &error), builtIn);
     EXPECT_EQ(error, 0);
-    const struct {
-        const char* name;
-        Bytes bytes;
-        int size;
-    } files[] = {{"empty", Bytes(), 3},
+    const struct { const char* name; Bytes bytes; int size; } files[] = {
+                 {"empty", Bytes(), 3},
                  {"short by one byte", Bytes(box.begin(), box.begin() + 39), 3},
                  {"size 3 file read as size 5", Le32({1, 1, 1, 1, 1, 1, 1, 1, 1, 0}), 5},
                  {"entry out of range", Le32({0, 0, 0, 0, 200, 0, 0, 0, 0, 1}), 3},
@@ -195,11 +168,8 @@ TEST(Convolve, RefusesKindsSizesMatricesKernelFilesAndImages) {
         EXPECT_EQ(error, prism::kErrParameter) << f.name;
     }
 
-    const struct {
-        const char* name;
-        Bytes bytes;
-        int expected;
-    } bad[] = {{"24-bit", Image(8, 8, 24), prism::kErrBitsPerPixel},
+    const struct { const char* name; Bytes bytes; int expected; } bad[] = {
+               {"24-bit", Image(8, 8, 24), prism::kErrBitsPerPixel},
                {"4-bit", Image(8, 8, 4), prism::kErrBitsPerPixel},
                {"too small", Bytes(src.begin(), src.end() - 9), prism::kErrDibSize},
                {"header only", Bytes(src.begin(), src.begin() + 40), prism::kErrDibSize}};

@@ -26,9 +26,8 @@ std::vector<std::uint16_t> Expected(int width, int height, int x, int y) {
 }
 
 std::vector<std::uint16_t> Bins(HGLOBAL table) {
-    Bytes b = BlockBytes(table);
     std::vector<std::uint16_t> bins(256);
-    std::memcpy(bins.data(), b.data(), 512);
+    std::memcpy(bins.data(), BlockBytes(table).data(), 512);
     return bins;
 }
 
@@ -43,7 +42,7 @@ struct Histogram {
     }
 };
 
-TEST(ComputeHistogram, EveryMoveGivesWhatARebuildGives) {
+TEST(ComputeHistogram, EveryMoveGivesWhatARebuildGivesAndCountersWrap) {
     const int W = 700, H = 560;
     HDIB dib = BlockFrom(Image(W, H, 8, Noise));
     Histogram hist;
@@ -72,15 +71,14 @@ TEST(ComputeHistogram, EveryMoveGivesWhatARebuildGives) {
     EXPECT_EQ(Bins(small.table), Expected(40, 30, 0, 0));
     GlobalFree(noisy);
     GlobalFree(blank);
-}
 
-TEST(ComputeHistogram, CountersWrapAt65536) {
-    Histogram hist;
-    HDIB dib = BlockFrom(Image(256, 256, 8, [](int x, int y) { return x == 3 && y == 3 ? 10u : 9u; }));
-    ASSERT_EQ(hist.Update(dib, 0, 0), 0);
-    EXPECT_EQ(Bins(hist.table)[9], 65535);
-    EXPECT_EQ(Bins(hist.table)[10], 1);
-    GlobalFree(dib);
+    // Counters are 16 bits: 65536 - 1 nines and a ten.
+    HDIB nines = BlockFrom(Image(256, 256, 8, [](int x, int y) { return x == 3 && y == 3 ? 10u : 9u; }));
+    Histogram wrap;
+    ASSERT_EQ(wrap.Update(nines, 0, 0), 0);
+    EXPECT_EQ(Bins(wrap.table)[9], 65535);
+    EXPECT_EQ(Bins(wrap.table)[10], 1);
+    GlobalFree(nines);
 }
 
 TEST(ComputeHistogram, RefusesBadInputInTheErrorWord) {
@@ -90,16 +88,11 @@ TEST(ComputeHistogram, RefusesBadInputInTheErrorWord) {
     Put32(core, 0, 12);
     Put32(packed, 16, 1);
     Put32(zero, 4, 0);
-    const struct {
-        const char* name;
-        Bytes bytes;
-        int expected;
-    } cases[] = {{"core header", core, prism::kErrParameter},
-                 {"compressed", packed, prism::kErrCompressed},
-                 {"24-bit", Image(20, 20, 24), prism::kErrBitsPerPixel},
-                 {"4-bit", Image(20, 20, 4), prism::kErrBitsPerPixel},
-                 {"zero width", zero, prism::kErrDibSize},
-                 {"rows past the block", Bytes(good.begin(), good.begin() + 1100), prism::kErrDibSize}};
+    const struct { const char* name; Bytes bytes; int expected; } cases[] = {
+        {"core header", core, prism::kErrParameter}, {"compressed", packed, prism::kErrCompressed},
+        {"24-bit", Image(20, 20, 24), prism::kErrBitsPerPixel}, {"4-bit", Image(20, 20, 4), prism::kErrBitsPerPixel},
+        {"zero width", zero, prism::kErrDibSize},
+        {"rows past the block", Bytes(good.begin(), good.begin() + 1100), prism::kErrDibSize}};
     for (const auto& c : cases) {
         HDIB dib = BlockFrom(c.bytes);
         EXPECT_EQ(hist.Update(dib, 0, 0), c.expected) << c.name;
@@ -107,16 +100,10 @@ TEST(ComputeHistogram, RefusesBadInputInTheErrorWord) {
     }
     HDIB dib = BlockFrom(good);
     int pos[2] = {0, 0}, error = -1;
-    const struct {
-        HDIB dib;
-        int mode;
-        HGLOBAL table;
-        const int* pos;
-        int expected;
-    } calls[] = {{dib, PRISM_TABLE_UPDATE, nullptr, pos, prism::kErrParameter},
-                 {nullptr, PRISM_TABLE_UPDATE, hist.table, pos, prism::kErrParameter},
-                 {dib, PRISM_TABLE_UPDATE, hist.table, nullptr, prism::kErrParameter},
-                 {dib, 33, hist.table, pos, 0}};
+    const struct { HDIB dib; int mode; HGLOBAL table; const int* pos; int expected; } calls[] = {
+        {dib, PRISM_TABLE_UPDATE, nullptr, pos, prism::kErrParameter},
+        {nullptr, PRISM_TABLE_UPDATE, hist.table, pos, prism::kErrParameter},
+        {dib, PRISM_TABLE_UPDATE, hist.table, nullptr, prism::kErrParameter}, {dib, 33, hist.table, pos, 0}};
     for (const auto& c : calls) {
         EXPECT_EQ(ComputeHistogram(c.dib, c.mode, c.table, c.pos, &error), nullptr);
         EXPECT_EQ(error, c.expected);
@@ -125,22 +112,13 @@ TEST(ComputeHistogram, RefusesBadInputInTheErrorWord) {
     GlobalFree(dib);
 }
 
-std::vector<int> Curve(HGLOBAL lut) {
-    Bytes b = BlockBytes(lut);
-    return std::vector<int>(b.begin(), b.begin() + 256);
-}
-
-TEST(ComputeLUT, CreateGivesTheIdentityAndTheLinePivotsOn128) {
+TEST(ComputeLUT, IdentityAtCreationThenALinePivotingOn128OrTheHistogramMean) {
     int error = -1;
     HGLOBAL lut = ComputeLUT(nullptr, PRISM_TABLE_CREATE, nullptr, 0, 0, &error);
     ASSERT_NE(lut, nullptr);
     EXPECT_EQ(error, 0);
-    for (int i = 0; i < 256; ++i) ASSERT_EQ(Curve(lut)[i], i);
-    const struct {
-        int contrast, brightness;
-        std::vector<std::pair<int, int>> entries;
-    } cases[] = {
-        {0, 0, {{0, 0}, {99, 99}, {255, 255}}},
+    for (int i = 0; i < 256; ++i) ASSERT_EQ(BlockBytes(lut)[i], i);
+    const struct { int contrast, brightness; std::vector<std::pair<int, int>> entries; } cases[] = {
         {51, 0, {{0, 0}, {21, 0}, {22, 0}, {64, 51}, {128, 128}, {200, 214}, {234, 255}}},
         {-51, 10, {{0, 35}, {64, 86}, {128, 137}, {200, 195}, {255, 239}}},
         {-255, 7, {{0, 135}, {99, 135}, {255, 135}}},
@@ -149,8 +127,19 @@ TEST(ComputeLUT, CreateGivesTheIdentityAndTheLinePivotsOn128) {
     for (const auto& c : cases) {
         ASSERT_EQ(ComputeLUT(nullptr, PRISM_TABLE_UPDATE, lut, c.contrast, c.brightness, &error), lut);
         EXPECT_EQ(error, 0);
-        for (auto e : c.entries) EXPECT_EQ(Curve(lut)[e.first], e.second) << c.contrast << "/" << e.first;
+        for (auto e : c.entries) EXPECT_EQ(BlockBytes(lut)[e.first], e.second) << c.contrast << "/" << e.first;
     }
+    // Half 100, half 200: mean 150; a flat line sits at mean + brightness.
+    HDIB dib = BlockFrom(Image(16, 16, 8, [](int x, int) { return x < 8 ? 100u : 200u; }));
+    Histogram hist, empty;
+    ASSERT_EQ(hist.Update(dib, 0, 0), 0);
+    ASSERT_EQ(ComputeLUT(hist.table, PRISM_TABLE_UPDATE, lut, -255, 5, &error), lut);
+    EXPECT_EQ(BlockBytes(lut)[0], 155);
+    EXPECT_EQ(BlockBytes(lut)[255], 155);
+    GlobalFree(dib);
+    // An all-zero histogram has no mean: refused, never a division by zero.
+    EXPECT_EQ(ComputeLUT(empty.table, PRISM_TABLE_UPDATE, lut, 10, 0, &error), nullptr);
+    EXPECT_EQ(error, prism::kErrParameter);
     EXPECT_EQ(ComputeLUT(nullptr, PRISM_TABLE_FREE, lut, 0, 0, &error), lut);
     EXPECT_EQ(ComputeLUT(nullptr, PRISM_TABLE_UPDATE, nullptr, 0, 0, &error), nullptr);
     EXPECT_EQ(error, prism::kErrParameter);
@@ -158,27 +147,10 @@ TEST(ComputeLUT, CreateGivesTheIdentityAndTheLinePivotsOn128) {
     EXPECT_EQ(error, 0);
 }
 
-TEST(ComputeLUT, PivotsOnTheMeanOfTheHistogram) {
-    // Half 100, half 200: mean 150; a flat line sits at mean + brightness.
-    HDIB dib = BlockFrom(Image(16, 16, 8, [](int x, int) { return x < 8 ? 100u : 200u; }));
-    Histogram hist, empty;
-    ASSERT_EQ(hist.Update(dib, 0, 0), 0);
-    HGLOBAL lut = ComputeLUT(nullptr, PRISM_TABLE_CREATE, nullptr, 0, 0, nullptr);
-    int error = -1;
-    ASSERT_EQ(ComputeLUT(hist.table, PRISM_TABLE_UPDATE, lut, -255, 5, &error), lut);
-    EXPECT_EQ(Curve(lut)[0], 155);
-    EXPECT_EQ(Curve(lut)[255], 155);
-    // An all-zero histogram has no mean: refused, never a division by zero.
-    EXPECT_EQ(ComputeLUT(empty.table, PRISM_TABLE_UPDATE, lut, 10, 0, &error), nullptr);
-    EXPECT_EQ(error, prism::kErrParameter);
-    ComputeLUT(nullptr, PRISM_TABLE_FREE, lut, 0, 0, nullptr);
-    GlobalFree(dib);
-}
-
 TEST(ApplyLUT, MapsTheRoundedMeanOfEachColourAndWorksInPlace) {
     Bytes src = Image(2, 1, 8, [](int x, int) { return x * 100u; });
     Bytes t(256);
-    for (int i = 0; i < 256; ++i) t[i] = static_cast<unsigned char>(255 - i);
+    std::generate(t.rbegin(), t.rend(), [n = 0]() mutable { return n++; });
     HGLOBAL negative = BlockFrom(t);
     HDIB dib = BlockFrom(src);
     int error = -1;
@@ -195,16 +167,11 @@ TEST(ApplyLUT, MapsTheRoundedMeanOfEachColourAndWorksInPlace) {
 
     Bytes packed = src;
     Put32(packed, 16, 1);
-    const struct {
-        const char* name;
-        Bytes bytes;
-        HGLOBAL lut;
-        int expected;
-    } cases[] = {{"24-bit", Image(6, 4, 24), negative, prism::kErrBitsPerPixel},
-                 {"compressed", packed, negative, prism::kErrCompressed},
-                 {"too small", Bytes(src.begin(), src.end() - 3), negative, prism::kErrDibSize},
-                 {"no table", src, nullptr, prism::kErrParameter},
-                 {"no image", Bytes(), negative, prism::kErrParameter}};
+    const struct { const char* name; Bytes bytes; HGLOBAL lut; int expected; } cases[] = {
+        {"24-bit", Image(6, 4, 24), negative, prism::kErrBitsPerPixel},
+        {"compressed", packed, negative, prism::kErrCompressed},
+        {"too small", Bytes(src.begin(), src.end() - 3), negative, prism::kErrDibSize},
+        {"no table", src, nullptr, prism::kErrParameter}, {"no image", {}, negative, prism::kErrParameter}};
     for (const auto& c : cases) {
         HDIB d = c.bytes.empty() ? nullptr : BlockFrom(c.bytes);
         EXPECT_EQ(ApplyLUT(d, c.lut, 1, &error), nullptr) << c.name;
@@ -217,55 +184,42 @@ TEST(ApplyLUT, MapsTheRoundedMeanOfEachColourAndWorksInPlace) {
     GlobalFree(negative);
 }
 
-unsigned Grey(int x, int) { return std::vector<unsigned>{0, 100, 128, 200, 255}[x] * 0x010101u; }
-
-TEST(ColorBrightnessContrast, OneCurveAtEveryDepth) {
-    const struct {
-        short brightness, contrast;
-        std::vector<unsigned> out;  // for 0, 100, 128, 200, 255
-    } cases[] = {{0, 0, {0, 100, 128, 200, 255}},
-                 {50, 50, {32, 182, 224, 255, 255}},
-                 {0, -50, {64, 114, 128, 164, 191}},
-                 {-100, -100, {128, 128, 128, 128, 128}}};
-    for (const auto& c : cases) {
-        Bytes src = Image(5, 1, 24, Grey);
-        HDIB dib = BlockFrom(src);
-        prism::LastImgError = 5;
-        Bytes o = Take(ColorBrightnessContrast(dib, c.brightness, c.contrast));
-        ASSERT_FALSE(o.empty());
-        EXPECT_EQ(prism::LastImgError, 0);
-        EXPECT_EQ(Get32(o, 20), Stride(5, 24));  // biSizeImage filled in
-        for (int x = 0; x < 5; ++x) EXPECT_EQ(PixelAt(o, x, 0), c.out[x] * 0x010101u) << c.brightness << " " << x;
-        EXPECT_EQ(BlockBytes(dib), src);
-        GlobalFree(dib);
-    }
-    // Palette images: only the table moves, entry 0 (1, 2, 255) by the curve
-    // of contrast -50; the fourth byte and the pixels stay.
-    for (int depth : {4, 8}) {
-        Bytes src = Image(7, 3, depth, nullptr);
-        HDIB dib = BlockFrom(src);
-        Bytes o = Take(ColorBrightnessContrast(dib, 0, -50));
-        ASSERT_EQ(o.size(), src.size()) << depth;
-        EXPECT_EQ(Bytes(o.begin() + 40, o.begin() + 44), (Bytes{64, 65, 191, 0})) << depth;
-        const size_t pixels = 40 + (4u << depth);
-        EXPECT_TRUE(std::equal(src.begin() + pixels, src.end(), o.begin() + pixels)) << depth;
-        GlobalFree(dib);
-    }
+TEST(ColorBrightnessContrast, OneCurveOverThePixelsOrTheTable) {
+    const unsigned grey[] = {0, 100, 128, 200, 255};
+    const struct { short brightness, contrast; std::vector<unsigned> out; } cases[] = {
+        {50, 50, {32, 182, 224, 255, 255}}, {0, -50, {64, 114, 128, 164, 191}}, {-100, -100, {128, 128, 128, 128, 128}},
+    };
+    for (const auto& c : cases)
+        for (int depth : {4, 8, 24}) {
+            // Five pixels of the grey levels, at 24 bits directly, else as
+            // indices 0..4 into a table holding them.
+            Bytes src = Image(5, 1, depth, [](int x, int) { return unsigned(x); });
+            for (int x = 0; x < 5; ++x)
+                for (int k = 0; k < 3; ++k) src[depth == 24 ? 40 + 3 * x + k : 40 + 4 * x + k] = grey[x];
+            HDIB dib = BlockFrom(src);
+            prism::LastImgError = 5;
+            Bytes o = Take(ColorBrightnessContrast(dib, c.brightness, c.contrast));
+            ASSERT_EQ(o.size(), src.size());
+            EXPECT_EQ(prism::LastImgError, 0);
+            EXPECT_TRUE(depth != 24 || Get32(o, 20) == Stride(5, 24));  // biSizeImage filled in
+            EXPECT_EQ(BlockBytes(dib), src);
+            for (int x = 0; x < 5; ++x) {
+                const unsigned i = PixelAt(o, x, 0);
+                EXPECT_TRUE(depth == 24 || i == PixelAt(src, x, 0));  // indices stay
+                EXPECT_EQ(depth == 24 ? i : Get32(o, 40 + 4 * i), c.out[x] * 0x010101u) << depth << " " << x;
+            }
+            GlobalFree(dib);
+        }
 }
 
 TEST(ColorBrightnessContrast, RefusesInTheFixedOrder) {
     Bytes shortRows = Image(4, 4, 24);
     shortRows.resize(shortRows.size() - 20);
-    const struct {
-        const char* name;
-        Bytes bytes;
-        short brightness;
-        int expected;
-    } cases[] = {{"brightness 101", Image(4, 4, 24), 101, prism::kErrParameter},
-                 {"1-bit before the range", Image(4, 4, 1), 101, prism::kErrBitsPerPixel},
-                 {"too small", Bytes(60, 0), 0, prism::kErrParameter},
-                 {"rows past the block", shortRows, 0, prism::kErrDibSize},
-                 {"no image", Bytes(), 0, prism::kErrParameter}};
+    const struct { const char* name; Bytes bytes; short brightness; int expected; } cases[] = {
+        {"brightness 101", Image(4, 4, 24), 101, prism::kErrParameter},
+        {"1-bit before the range", Image(4, 4, 1), 101, prism::kErrBitsPerPixel},
+        {"too small", Bytes(60, 0), 0, prism::kErrParameter}, {"rows past the block", shortRows, 0, prism::kErrDibSize},
+        {"no image", {}, 0, prism::kErrParameter}};
     for (const auto& c : cases) {
         HDIB dib = c.bytes.empty() ? nullptr : BlockFrom(c.bytes);
         EXPECT_EQ(ColorBrightnessContrast(dib, c.brightness, 0), nullptr) << c.name;
@@ -284,17 +238,14 @@ TEST(InvertDIBPalette, TwiceRestoresAndCountsOnlyBiClrUsed) {
     ASSERT_EQ(InvertDIBPalette(dib), 1);
     EXPECT_EQ(BlockBytes(dib), src);
     GlobalFree(dib);
-
-    Bytes implied = Image(3, 2, 8, nullptr);  // biClrUsed 0: nothing changes, result 1
-    HDIB d2 = BlockFrom(implied);
-    EXPECT_EQ(InvertDIBPalette(d2), 1);
-    EXPECT_EQ(BlockBytes(d2), implied);
-    GlobalFree(d2);
-    DibSpec spec;
-    spec.coreHeader = true;
-    HDIB core = BlockFrom(PackedDib(spec));
-    EXPECT_EQ(InvertDIBPalette(core), 0);
-    GlobalFree(core);
+    DibSpec core;
+    core.coreHeader = true;
+    for (const Bytes& b : {Image(3, 2, 8, nullptr), PackedDib(core)}) {  // biClrUsed 0 or a 12-byte header
+        dib = BlockFrom(b);
+        EXPECT_EQ(InvertDIBPalette(dib), b[0] == 40 ? 1 : 0);
+        EXPECT_EQ(BlockBytes(dib), b);
+        GlobalFree(dib);
+    }
     EXPECT_EQ(InvertDIBPalette(nullptr), 0);
 }
 

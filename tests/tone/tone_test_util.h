@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include <gtest/gtest.h>
+
 namespace tone_test {
 
 using namespace testing_support;
@@ -32,12 +34,35 @@ inline Bytes Image(int width, int height, int bitCount, unsigned (*f)(int, int) 
     return PackedDib(spec, f);
 }
 
+// Every pixel of one value.
+inline unsigned uniformValue;
+inline Bytes Uniform(int width, int height, int bitCount, unsigned value) {
+    uniformValue = value;
+    return Image(width, height, bitCount, [](int, int) { return uniformValue; });
+}
+
 // The bytes of a result block, freed; empty for no result.
 inline Bytes Take(HDIB dib) {
     if (!dib) return Bytes();
     Bytes b = BlockBytes(dib);
     GlobalFree(dib);
     return b;
+}
+
+// Runs filter(dib, copy, &error) on a copy and in place: both must agree,
+// and a copy or a refusal leaves the source alone.
+template <class Filter>
+Bytes CopyAndInPlace(const Bytes& src, Filter filter, int* errorOut) {
+    HDIB dib = BlockFrom(src);
+    int error = -1, inPlaceError = -1;
+    Bytes copy = Take(filter(dib, 1, &error));
+    EXPECT_EQ(BlockBytes(dib), src);
+    EXPECT_EQ(filter(dib, 0, &inPlaceError), copy.empty() ? nullptr : dib);
+    EXPECT_EQ(inPlaceError, error);
+    EXPECT_EQ(BlockBytes(dib), copy.empty() ? src : copy);
+    GlobalFree(dib);
+    if (errorOut) *errorOut = error;
+    return copy;
 }
 
 }  // namespace tone_test
