@@ -29,8 +29,8 @@ TEST(ColorConvolution, EveryByteGainsTheWeightedBrightnessBlueFirst) {
     // Centre 2, divisor 1: each byte gains the pixel's brightness.
     const short twice[] = {0, 0, 0, 0, 2, 0, 0, 0, 0, 1};
     const struct { unsigned rgb; int mode; unsigned expected; } cases[] = {
-                 {0x0000FF, 1, 0x4E4EFF}, {0x0000FF, 0, 0x5555FF}, {0xFF0000, 1, 0xFF1D1D},
-                 {0x00FF00, 1, 0x93FF93}, {0x00FF00, 2, 0x55FF55}};
+        {0x0000FF, 1, 0x4E4EFF}, {0x0000FF, 0, 0x5555FF}, {0xFF0000, 1, 0xFF1D1D},
+        {0x00FF00, 1, 0x93FF93}, {0x00FF00, 2, 0x55FF55}};
     for (const auto& c : cases)
         EXPECT_EQ(PixelAt(Filtered(Uniform(5, 4, 24, c.rgb), c.mode, 1, 3, twice), 2, 2), c.expected)
             << std::hex << c.rgb << " mode " << c.mode;
@@ -107,21 +107,21 @@ TEST(ColorConvolution, RefusesBadInput) {
     // Contents are written to the scratch file first when it is named.
     const struct { const char* name; int kind, size; const short* matrix; const char* file; Bytes contents; }
     cases[] = {
-                 {"kind 0", 0, 3, nullptr, nullptr, {}},      {"kind 7", 7, 3, nullptr, nullptr, {}},
-                 {"cross at 7", 5, 7, nullptr, nullptr, {}},  {"size 4", 3, 4, nullptr, nullptr, {}},
-                 {"size 6", 1, 6, big, nullptr, {}},          {"no matrix", 1, 3, nullptr, nullptr, {}},
-                 {"no file name", 2, 3, nullptr, nullptr, {}}, {"cell 128", 1, 3, big, nullptr, {}},
-                 {"missing file", 2, 3, nullptr, "none.bin", {}},
-                 {"short file", 2, 3, nullptr, file.path(), Bytes(box.begin(), box.end() - 1)},
-                 {"empty file", 2, 3, nullptr, file.path(), {}}};
+        {"kind 0", 0, 3, nullptr, nullptr, {}},       {"kind 7", 7, 3, nullptr, nullptr, {}},
+        {"cross at 7", 5, 7, nullptr, nullptr, {}},   {"size 4", 3, 4, nullptr, nullptr, {}},
+        {"size 6", 1, 6, big, nullptr, {}},           {"no matrix", 1, 3, nullptr, nullptr, {}},
+        {"no file name", 2, 3, nullptr, nullptr, {}}, {"cell 128", 1, 3, big, nullptr, {}},
+        {"missing file", 2, 3, nullptr, "none.bin", {}},
+        {"short file", 2, 3, nullptr, file.path(), Bytes(box.begin(), box.end() - 1)},
+        {"empty file", 2, 3, nullptr, file.path(), {}}};
     for (const auto& c : cases) {
         if (c.file == file.path()) file.Write(c.contents);
         EXPECT_TRUE(Filtered(src, 0, c.kind, c.size, c.matrix, c.file, &error).empty()) << c.name;
         EXPECT_EQ(error, prism::kErrParameter) << c.name;
     }
     const struct { const char* name; Bytes bytes; int expected; } bad[] = {
-               {"8-bit", Image(8, 8, 8), prism::kErrBitsPerPixel},
-               {"too small", Bytes(src.begin(), src.end() - 5), prism::kErrDibSize}};
+        {"8-bit", Image(8, 8, 8), prism::kErrBitsPerPixel},
+        {"too small", Bytes(src.begin(), src.end() - 5), prism::kErrDibSize}};
     for (const auto& b : bad) {
         EXPECT_TRUE(Filtered(b.bytes, 0, 3, 3, nullptr, nullptr, &error).empty()) << b.name;
         EXPECT_EQ(error, b.expected) << b.name;

@@ -56,13 +56,13 @@ std::vector<int> Asymmetric(int n) {  // both signs: clamp on, divisor 4 by shif
 
 TEST(Convolve, FollowsThePlainRuleWithMatricesReadTransposed) {
     const struct { int kind, n; std::vector<int> m; int divisor; bool clamp; std::vector<int> widths; } cases[] = {
-                 {3, 3, {1, 1, 1, 1, 1, 1, 1, 1, 1}, 9, false, {1, 2, 5, 13}},
-                 {4, 3, {1, 2, 1, 2, 4, 2, 1, 2, 1}, 16, false, {1, 2, 5, 13}},
-                 {5, 3, {0, -1, 0, -1, 5, -1, 0, -1, 0}, 1, true, {1, 2, 5, 13}},
-                 {6, 3, {-1, -1, -1, -1, 9, -1, -1, -1, -1}, 1, true, {1, 2, 5, 13}},
-                 {1, 3, Asymmetric(3), 4, true, {19}},
-                 {1, 5, Asymmetric(5), 4, true, {19}},
-                 {1, 7, Asymmetric(7), 4, true, {19}}};
+        {3, 3, {1, 1, 1, 1, 1, 1, 1, 1, 1}, 9, false, {1, 2, 5, 13}},
+        {4, 3, {1, 2, 1, 2, 4, 2, 1, 2, 1}, 16, false, {1, 2, 5, 13}},
+        {5, 3, {0, -1, 0, -1, 5, -1, 0, -1, 0}, 1, true, {1, 2, 5, 13}},
+        {6, 3, {-1, -1, -1, -1, 9, -1, -1, -1, -1}, 1, true, {1, 2, 5, 13}},
+        {1, 3, Asymmetric(3), 4, true, {19}},
+        {1, 5, Asymmetric(5), 4, true, {19}},
+        {1, 7, Asymmetric(7), 4, true, {19}}};
     for (const auto& c : cases)
         for (int W : c.widths) {
             const int H = c.kind == 1 ? 11 : 6;
@@ -125,19 +125,20 @@ TEST(Convolve, RefusesKindsSizesMatricesKernelFilesAndImages) {
     std::vector<int> m49(50, 0);
     m49[24] = 1;
     const std::vector<int> none;
+    const int P = prism::kErrParameter;
     // An empty matrix: none given.
     const struct { int kind, size; std::vector<int> matrix; const char* file; int expected; } cases[] = {
-                 {0, 3, none, nullptr, 8},  {7, 3, none, nullptr, 8},  {5, 7, none, nullptr, 8},
-                 {4, 7, none, nullptr, 8},  {3, 4, none, nullptr, 8},  {1, 6, m49, nullptr, 8},
-                 {3, 2, none, nullptr, 8},  {3, 9, none, nullptr, 8},  {1, 3, none, nullptr, 8},
-                 {2, 3, none, nullptr, 8},  {2, 7, none, "k.bin", 8},  {2, 3, none, "missing.bin", 8},
-                 {3, 7, none, nullptr, 0},  {1, 7, m49, nullptr, 0},
-                 {1, 3, {0, 0, 0, 0, 128, 0, 0, 0, 0, 1}, nullptr, 8},
-                 {1, 3, {0, 0, 0, 0, -128, 0, 0, 0, 0, 1}, nullptr, 8},
-                 {1, 3, {16, 16, 16, 16, 16, 16, 16, 16, 0, 0}, nullptr, 8},
-                 {1, 3, {-16, -16, -16, -16, -16, -16, -16, -16, 0, 0}, nullptr, 8},
-                 {1, 3, {16, 16, 16, 16, 16, 16, 16, 15, 0, 0}, nullptr, 0},
-                 {1, 3, {127, -127, 0, 0, 0, 0, 0, 0, 0, 0}, nullptr, 0}};
+        {0, 3, none, nullptr, P},  {7, 3, none, nullptr, P},  {5, 7, none, nullptr, P},
+        {4, 7, none, nullptr, P},  {3, 4, none, nullptr, P},  {1, 6, m49, nullptr, P},
+        {3, 2, none, nullptr, P},  {3, 9, none, nullptr, P},  {1, 3, none, nullptr, P},
+        {2, 3, none, nullptr, P},  {2, 7, none, "k.bin", P},  {2, 3, none, "missing.bin", P},
+        {3, 7, none, nullptr, 0},  {1, 7, m49, nullptr, 0},
+        {1, 3, {0, 0, 0, 0, 128, 0, 0, 0, 0, 1}, nullptr, P},
+        {1, 3, {0, 0, 0, 0, -128, 0, 0, 0, 0, 1}, nullptr, P},
+        {1, 3, {16, 16, 16, 16, 16, 16, 16, 16, 0, 0}, nullptr, P},
+        {1, 3, {-16, -16, -16, -16, -16, -16, -16, -16, 0, 0}, nullptr, P},
+        {1, 3, {16, 16, 16, 16, 16, 16, 16, 15, 0, 0}, nullptr, 0},
+        {1, 3, {127, -127, 0, 0, 0, 0, 0, 0, 0, 0}, nullptr, 0}};
     for (const auto& c : cases) {
         int error = -1;
         Bytes o = Filtered(src, c.kind, c.size, c.matrix.empty() ? nullptr : c.matrix.data(), c.file, &error);
@@ -157,11 +158,11 @@ TEST(Convolve, RefusesKindsSizesMatricesKernelFilesAndImages) {
     EXPECT_EQ(Filtered(src, 2, 3, nullptr, file.path(), &error), builtIn);
     EXPECT_EQ(error, 0);
     const struct { const char* name; Bytes bytes; int size; } files[] = {
-                 {"empty", Bytes(), 3},
-                 {"short by one byte", Bytes(box.begin(), box.begin() + 39), 3},
-                 {"size 3 file read as size 5", Le32({1, 1, 1, 1, 1, 1, 1, 1, 1, 0}), 5},
-                 {"entry out of range", Le32({0, 0, 0, 0, 200, 0, 0, 0, 0, 1}), 3},
-                 {"sum out of range", Le32({100, 100, 0, 0, 0, 0, 0, 0, 0, 1}), 3}};
+        {"empty", Bytes(), 3},
+        {"short by one byte", Bytes(box.begin(), box.begin() + 39), 3},
+        {"size 3 file read as size 5", Le32({1, 1, 1, 1, 1, 1, 1, 1, 1, 0}), 5},
+        {"entry out of range", Le32({0, 0, 0, 0, 200, 0, 0, 0, 0, 1}), 3},
+        {"sum out of range", Le32({100, 100, 0, 0, 0, 0, 0, 0, 0, 1}), 3}};
     for (const auto& f : files) {
         file.Write(f.bytes);
         EXPECT_TRUE(Filtered(src, 2, f.size, nullptr, file.path(), &error).empty()) << f.name;
@@ -169,10 +170,10 @@ TEST(Convolve, RefusesKindsSizesMatricesKernelFilesAndImages) {
     }
 
     const struct { const char* name; Bytes bytes; int expected; } bad[] = {
-               {"24-bit", Image(8, 8, 24), prism::kErrBitsPerPixel},
-               {"4-bit", Image(8, 8, 4), prism::kErrBitsPerPixel},
-               {"too small", Bytes(src.begin(), src.end() - 9), prism::kErrDibSize},
-               {"header only", Bytes(src.begin(), src.begin() + 40), prism::kErrDibSize}};
+        {"24-bit", Image(8, 8, 24), prism::kErrBitsPerPixel},
+        {"4-bit", Image(8, 8, 4), prism::kErrBitsPerPixel},
+        {"too small", Bytes(src.begin(), src.end() - 9), prism::kErrDibSize},
+        {"header only", Bytes(src.begin(), src.begin() + 40), prism::kErrDibSize}};
     for (const auto& b : bad) {
         EXPECT_TRUE(Filtered(b.bytes, 3, 3, nullptr, nullptr, &error).empty()) << b.name;
         EXPECT_EQ(error, b.expected) << b.name;
