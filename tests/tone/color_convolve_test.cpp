@@ -59,8 +59,7 @@ TEST(ColorConvolution, ConstantBrightnessPassesColourEdgesUntouched) {
 
 TEST(ColorConvolution, LastPixelsLandTooFarLeftButNarrowRowsRepeatTheirEdges) {
     // On a uniform grey area the columns near the edges take the weight
-    // sums of the colour routines.
-    // Columns counted from the right (1 = W-1), with their values.
+    // sums of the colour routines; columns counted from the right (1 = W-1).
     const struct { int kind, size, value, col0; std::vector<std::pair<int, int>> columns; } cases[] = {
         {3, 5, 100, 120, {{1, 60}, {2, 120}, {3, 120}, {4, 120}, {5, 100}}},
         {3, 7, 98, 98, {{1, 28}, {2, 56}, {3, 126}, {6, 126}, {7, 98}}},

@@ -154,7 +154,7 @@ TEST(MonoToGrey, ModeIsLoweredByHeight) {
     }
 }
 
-TEST(ConvMonoDIBtoGrayscale, PolarityFollowsTheTwoColourEntries) {
+TEST(ConvMonoDIBtoGrayscale, PolarityFollowsTheTwoColourEntriesAndPaddingBitsCount) {
     Bytes src = Image(10, 2, 1, [](int x, int y) { return unsigned(x == 1 && y == 1); });
     Bytes o = Smooth(src, 0, false);
     EXPECT_EQ(Get32(o, 32), 0u);
@@ -165,15 +165,12 @@ TEST(ConvMonoDIBtoGrayscale, PolarityFollowsTheTwoColourEntries) {
     o = Smooth(Swapped(src), 0, false);
     EXPECT_EQ(PixelAt(o, 1, 0), 255u);
     EXPECT_EQ(PixelAt(o, 0, 0), 0u);
-}
-
-TEST(ConvMonoDIBtoGrayscale, WidthsOf8kPlus1SmoothSafely) {
     for (int width : {1, 9, 17, 33})
         for (int mode = 1; mode <= 2; ++mode) {
             Bytes o = Smooth(Swapped(Image(width, 7, 1, [](int, int) { return 1u; })), mode, false);
             ASSERT_FALSE(o.empty());
-            // Clear padding bits count as pixels: the last columns darken,
-            // the rest of a wide enough row stays full.
+            // Widths 8k + 1: clear padding bits count as pixels, so the last
+            // columns darken and the rest of a wide enough row stays full.
             if (width > 8) {
                 EXPECT_EQ(PixelAt(o, 2, 3), 255u) << width;
             }
