@@ -1,84 +1,76 @@
 // Palette to true colour, colour to grey, and 1-bit to grey with smoothing.
 #include "core/errors.h"
-#include "tone/tone_internal.h"
 #include "tone_test_util.h"
 
 #include <gtest/gtest.h>
 
-using namespace testing_support;
 using namespace tone_test;
 
 namespace {
 
+HDIB Grey(HDIB d) { return ConvColorDIBtoGrayscale(d, 0, 1); }
+HDIB GreyMode3(HDIB d) { return ConvColorDIBtoGrayscale(d, 3, 0); }
+HDIB Mono(HDIB d) { return ConvMonoDIBtoGrayscale(d, 0); }
+HDIB MonoMode3(HDIB d) { return ConvMonoDIBtoGrayscale(d, 3); }
+
+TEST(DepthConversions, ClearTheErrorAtEntryAndRefuseWithTheirCodes) {
+    Bytes cut8 = Image(5, 5, 8), cut1 = Image(4, 4, 1);
+    cut8.resize(cut8.size() - 4);  // into the last row's pixels, not only its padding
+    cut1.resize(50);
+    // No bytes: no image.
+    const struct { const char* name; HDIB (*convert)(HDIB); Bytes bytes; int expected; } cases[] = {
+        {"8 to 24", Convert8to24, Image(5, 5, 8), 0},
+        {"1 to 24", Convert8to24, Image(5, 5, 1), prism::kErrBitsPerPixel},
+        {"4 to 24", Convert8to24, Image(5, 5, 4), prism::kErrBitsPerPixel},
+        {"24 to 24", Convert8to24, Image(5, 5, 24), prism::kErrTextless},
+        {"cut to 24", Convert8to24, cut8, prism::kErrDibSize}, {"none to 24", Convert8to24, {}, prism::kErrParameter},
+        {"grey of 1", Grey, Image(8, 8, 1), 0}, {"grey of 4", Grey, Image(8, 8, 4), 0},
+        {"grey of 8, mode unchecked", GreyMode3, Image(8, 8, 8), 0}, {"grey of 24", Grey, Image(8, 8, 24), 0},
+        {"grey of 1, mode 3", GreyMode3, Image(8, 8, 1), prism::kErrParameter},
+        {"grey of 16", Grey, Image(8, 8, 16), prism::kErrBitsPerPixel},
+        {"grey of none", Grey, {}, prism::kErrParameter},
+        {"mono", Mono, Image(4, 4, 1), 0}, {"mono of 8", Mono, Image(4, 4, 8), prism::kErrCompressed},
+        {"mono, mode 3", MonoMode3, Image(4, 4, 1), prism::kErrParameter},
+        {"mono cut", Mono, cut1, prism::kErrDibSize}, {"mono of none", Mono, {}, prism::kErrParameter}};
+    for (const auto& c : cases) {
+        HDIB dib = c.bytes.empty() ? nullptr : BlockFrom(c.bytes);
+        prism::LastImgError = 99;
+        Bytes out = Take(c.convert(dib));
+        EXPECT_EQ(out.empty(), c.expected != 0) << c.name;
+        EXPECT_EQ(prism::LastImgError, c.expected) << c.name;
+        if (dib && !out.empty()) GlobalUnlock(dib);  // the lock left standing on the source
+        if (dib) GlobalFree(dib);
+    }
+}
+
 TEST(Convert8to24, LooksUpEveryIndexInTheTable) {
-    DibSpec spec;
-    spec.width = 7;
-    spec.height = 3;
-    Bytes src = PackedDib(spec);
+    Bytes src = Image(7, 3, 8, nullptr);
     HDIB dib = BlockFrom(src);
-    prism::LastImgError = 9;
-    Result out(Convert8to24(dib));
-    ASSERT_NE(out.dib, nullptr);
-    EXPECT_EQ(prism::LastImgError, 0);
-    Bytes o = out.bytes();
-    EXPECT_EQ(Get16(o, 14), 24);
-    EXPECT_EQ(Get32(o, 32), 0u);
+    Bytes o = Take(Convert8to24(dib));
     ASSERT_EQ(o.size(), 40 + 3 * Stride(7, 24));
+    EXPECT_EQ(o[14], 24);
+    EXPECT_EQ(Get32(o, 32), 0u);
     for (int y = 0; y < 3; ++y)
         for (int x = 0; x < 7; ++x) {
-            int i = At8(src, x, y);
-            unsigned expected = (255u - i) << 16 | ((5u * i + 2) & 0xFF) << 8 | ((3u * i + 1) & 0xFF);
-            EXPECT_EQ(PixelAt(o, x, y), expected);
+            unsigned i = PixelAt(src, x, y);
+            EXPECT_EQ(PixelAt(o, x, y), (255u - i) << 16 | ((5u * i + 2) & 0xFF) << 8 | ((3u * i + 1) & 0xFF));
         }
-    GlobalUnlock(dib);  // the lock left standing on the source
+    GlobalUnlock(dib);
     GlobalFree(dib);
 }
 
-TEST(Convert8to24, RefusesOtherDepthsWithTheirCodes) {
-    struct Case {
-        int bitCount;
-        int expected;
-    } cases[] = {{1, prism::kErrBitsPerPixel}, {4, prism::kErrBitsPerPixel}, {24, prism::kErrTextless}};
-    for (const Case& c : cases) {
-        HDIB dib = BlockFrom(Blank(5, 5, c.bitCount));
-        EXPECT_EQ(Convert8to24(dib), nullptr);
-        EXPECT_EQ(prism::LastImgError, c.expected) << c.bitCount;
-        GlobalFree(dib);
-    }
-    Bytes cut = Blank(5, 5, 8);
-    cut.resize(cut.size() - 4);  // into the last row's pixels, not only its padding
-    HDIB dib = BlockFrom(cut);
-    EXPECT_EQ(Convert8to24(dib), nullptr);
-    EXPECT_EQ(prism::LastImgError, prism::kErrDibSize);
-    GlobalFree(dib);
-    EXPECT_EQ(Convert8to24(nullptr), nullptr);
-    EXPECT_EQ(prism::LastImgError, prism::kErrParameter);
-}
-
-TEST(ConvColorDIBtoGrayscale, WeightsOfPrimaries) {
-    struct Case {
-        unsigned rgb;
-        int plain, weighted;
-    } cases[] = {{0xFF0000, 85, 78}, {0x00FF00, 85, 147}, {0x0000FF, 85, 29}, {0xFFFFFF, 255, 255},
-                 {0x000000, 0, 0},   {0x102030, 32, 28}};
-    for (const Case& c : cases) {
-        Bytes src = Blank(3, 2, 24);
-        for (int y = 0; y < 2; ++y)
-            for (int x = 0; x < 3; ++x) {
-                unsigned char* p = src.data() + 40 + y * Stride(3, 24) + x * 3;
-                p[0] = c.rgb & 0xFF;
-                p[1] = (c.rgb >> 8) & 0xFF;
-                p[2] = (c.rgb >> 16) & 0xFF;
-            }
-        HDIB dib = BlockFrom(src);
+TEST(ConvColorDIBtoGrayscale, WeightsOfPrimariesAtTwentyFourBits) {
+    const struct { unsigned rgb, plain, weighted; } cases[] = {
+        {0xFF0000, 85, 78}, {0x00FF00, 85, 147}, {0x0000FF, 85, 29}, {0xFFFFFF, 255, 255}, {0x102030, 32, 28}};
+    for (const auto& c : cases) {
+        HDIB dib = BlockFrom(Uniform(3, 2, 24, c.rgb));
         for (int weighted = 0; weighted < 2; ++weighted) {
-            Result out(ConvColorDIBtoGrayscale(dib, 7, weighted));  // mode ignored above 1 bit
-            ASSERT_NE(out.dib, nullptr);
-            Bytes o = out.bytes();
-            EXPECT_EQ(Get16(o, 14), 8);
+            Bytes o = Take(ConvColorDIBtoGrayscale(dib, 7, weighted));  // mode ignored above 1 bit
+            ASSERT_FALSE(o.empty());
+            EXPECT_EQ(o[14], 8);
             EXPECT_EQ(Get32(o, 32), 256u);
             EXPECT_EQ(o[40 + 200 * 4], 200);  // ramp
-            EXPECT_EQ(At8(o, 2, 1), weighted ? c.weighted : c.plain) << std::hex << c.rgb;
+            EXPECT_EQ(PixelAt(o, 2, 1), weighted ? c.weighted : c.plain) << std::hex << c.rgb;
         }
         GlobalFree(dib);
     }
@@ -86,218 +78,104 @@ TEST(ConvColorDIBtoGrayscale, WeightsOfPrimaries) {
 
 TEST(ConvColorDIBtoGrayscale, PaletteImagesKeepIndicesAndGreyTheirTable) {
     // 8 bits with 100 entries: a 256-entry table, 100 and up black.
-    DibSpec spec;
-    spec.width = 9;
-    spec.height = 4;
-    spec.colors = 100;
-    spec.clrUsed = 100;
-    Bytes src = PackedDib(spec, [](int x, int y) { return static_cast<unsigned>((x + y * 9) % 100); });
+    Bytes src = Image(9, 4, 8, [](int x, int y) { return (x + y * 9) % 100u; }, 100, 100);
     HDIB dib = BlockFrom(src);
-    Result out(ConvColorDIBtoGrayscale(dib, 0, 0));
-    ASSERT_NE(out.dib, nullptr);
-    Bytes o = out.bytes();
+    Bytes o = Take(ConvColorDIBtoGrayscale(dib, 0, 0));
+    ASSERT_EQ(o.size(), 1064 + 4 * Stride(9, 8));
     EXPECT_EQ(Get32(o, 32), 256u);
-    for (int i = 0; i < 100; ++i) {
-        int mean = (((3 * i + 1) & 0xFF) + ((5 * i + 2) & 0xFF) + (255 - i)) / 3;
-        ASSERT_EQ(o[40 + i * 4], mean) << i;
-        ASSERT_EQ(o[41 + i * 4], mean);
-    }
-    for (int i = 100; i < 256; ++i) ASSERT_EQ(o[40 + i * 4], 0);
-    for (int y = 0; y < 4; ++y)
-        for (int x = 0; x < 9; ++x) EXPECT_EQ(At8(o, x, y), At8(src, x, y));
+    EXPECT_EQ(Bytes(o.begin() + 40, o.begin() + 44), (Bytes{86, 86, 86, 0}));  // (1 + 2 + 255) / 3
+    EXPECT_EQ(o[40 + 99 * 4], (42 + 241 + 156) / 3);
+    EXPECT_EQ(o[40 + 100 * 4], 0);
+    EXPECT_EQ(o[40 + 255 * 4 + 2], 0);
+    EXPECT_TRUE(std::equal(src.begin() + 440, src.end(), o.begin() + 1064));
     GlobalFree(dib);
 
-    // 4 bits stays 4 bits with 16 grey entries.
-    spec = DibSpec();
-    spec.width = 5;
-    spec.height = 2;
-    spec.bitCount = 4;
-    Bytes four = PackedDib(spec);
-    HDIB d4 = BlockFrom(four);
-    Result o4(ConvColorDIBtoGrayscale(d4, 0, 1));
-    ASSERT_NE(o4.dib, nullptr);
-    Bytes b4 = o4.bytes();
-    EXPECT_EQ(Get16(b4, 14), 4);
-    EXPECT_EQ(Get32(b4, 32), 16u);
+    // 4 bits stays 4 bits with 16 grey entries; entry 15 is (46, 77, 240).
+    Bytes four = Image(5, 2, 4, nullptr);
+    dib = BlockFrom(four);
+    Bytes b4 = Take(ConvColorDIBtoGrayscale(dib, 0, 1));
     ASSERT_EQ(b4.size(), four.size());
+    EXPECT_EQ(b4[14], 4);
+    EXPECT_EQ(Get32(b4, 32), 16u);
     EXPECT_TRUE(std::equal(four.begin() + 104, four.end(), b4.begin() + 104));
-    EXPECT_EQ(b4[40 + 4 * 15], (3 * 46 + 15 * 77 + 8 * 240) / 26);
-    GlobalFree(d4);
-}
-
-TEST(ConvColorDIBtoGrayscale, ChecksModeOnlyForOneBit) {
-    HDIB mono = BlockFrom(Blank(8, 8, 1));
-    EXPECT_EQ(ConvColorDIBtoGrayscale(mono, 3, 0), nullptr);
-    EXPECT_EQ(prism::LastImgError, prism::kErrParameter);
-    GlobalFree(mono);
-    HDIB dib = BlockFrom(Blank(8, 8, 8));
-    Result ok(ConvColorDIBtoGrayscale(dib, 3, 0));
-    EXPECT_NE(ok.dib, nullptr);
+    EXPECT_EQ(b4[40 + 4 * 15], 123);
     GlobalFree(dib);
-    HDIB odd = BlockFrom(Blank(8, 8, 16));
-    EXPECT_EQ(ConvColorDIBtoGrayscale(odd, 0, 0), nullptr);
-    EXPECT_EQ(prism::LastImgError, prism::kErrBitsPerPixel);
-    GlobalFree(odd);
 }
 
-// 1-bit image, colour entry 0 black and 1 white by default of Blank().
-Bytes Mono(int width, int height) {
-    Bytes b = Blank(width, height, 1);
-    for (int i = 0; i < 4; ++i) {
-        b[40 + i] = 0;
-        b[44 + i] = i < 3 ? 255 : 0;
-    }
+// 1-bit to grey through either export.  The colour export reads a set bit as
+// bright whatever the table; the mono export follows the table, and with
+// the fixed one (entry 0 darker than entry 1) a set bit comes out dark.
+Bytes Smooth(const Bytes& src, int mode, bool viaColour) {
+    HDIB dib = BlockFrom(src);
+    Bytes o = Take(viaColour ? ConvColorDIBtoGrayscale(dib, mode, 0) : ConvMonoDIBtoGrayscale(dib, mode));
+    EXPECT_FALSE(o.empty());
+    GlobalFree(dib);
+    return o;
+}
+
+Bytes Swapped(Bytes b) {  // entry 1 first: set bits bright for the mono export
+    std::swap_ranges(b.begin() + 40, b.begin() + 44, b.begin() + 44);
     return b;
-}
-
-Bytes Grey(HDIB mono, int mode, bool viaColour) {
-    Result out(viaColour ? ConvColorDIBtoGrayscale(mono, mode, 0) : ConvMonoDIBtoGrayscale(mono, mode));
-    EXPECT_NE(out.dib, nullptr);
-    return out.dib ? out.bytes() : Bytes();
-}
-
-TEST(MonoToGrey, UniformImagesStayUniformInEveryMode) {
-    for (int mode = 0; mode < 3; ++mode)
-        for (bool set : {false, true}) {
-            Bytes src = Mono(24, 9);
-            if (set)
-                for (int y = 0; y < 9; ++y)
-                    for (int x = 0; x < 24; ++x) SetBit(src, x, y);
-            HDIB dib = BlockFrom(src);
-            Bytes o = Grey(dib, mode, true);
-            ASSERT_FALSE(o.empty());
-            for (int y = 0; y < 9; ++y)
-                for (int x = 0; x < 24; ++x) ASSERT_EQ(At8(o, x, y), set ? 255 : 0) << mode << " " << x << "," << y;
-            GlobalFree(dib);
-        }
 }
 
 TEST(MonoToGrey, OnePixelGivesTheKernelOneOrTwoRowsLate) {
     const int k3[3][3] = {{8, 31, 8}, {31, 99, 31}, {8, 31, 8}};
     const int k5[5][5] = {{0, 3, 7, 3, 0}, {3, 16, 25, 16, 3}, {7, 25, 39, 25, 7}, {3, 16, 25, 16, 3}, {0, 3, 7, 3, 0}};
-    for (int mode = 1; mode <= 2; ++mode) {
-        const int n = mode == 1 ? 3 : 5, h = n / 2;
-        Bytes src = Mono(16, 12);
-        SetBit(src, 6, 4);
-        HDIB dib = BlockFrom(src);
-        Bytes o = Grey(dib, mode, true);
+    for (int mode = 0; mode <= 2; ++mode) {
+        const int n = 2 * mode + 1, h = n / 2;
+        Bytes o = Smooth(Image(16, 12, 1, [](int x, int y) { return unsigned(x == 6 && y == 7); }), mode, true);
         for (int y = 0; y < 12; ++y)
             for (int x = 0; x < 16; ++x) {
                 // Kernel row r lands on stored row 4 + r: centred on row 4 + h.
                 int r = y - 4, c = x - 6 + h;
-                int expected = (r >= 0 && r < n && c >= 0 && c < n) ? (n == 3 ? k3[r][c] : k5[r][c]) : 0;
-                ASSERT_EQ(At8(o, x, y), expected) << mode << " " << x << "," << y;
+                const bool in = r >= 0 && r < n && c >= 0 && c < n;
+                const int k = !in ? 0 : n == 1 ? 255 : n == 3 ? k3[r][c] : k5[r][c];
+                ASSERT_EQ(PixelAt(o, x, y), unsigned(k)) << mode << " " << x << "," << y;
             }
-        GlobalFree(dib);
     }
 }
 
 TEST(MonoToGrey, EdgesRepeatRowZeroAndAPeriodOfFourColumns) {
     // A set pixel in column 3 also stands left of column 0; one in row 0
     // stands below the image.
-    Bytes src = Mono(16, 6);
-    SetBit(src, 3, 0);
-    HDIB dib = BlockFrom(src);
-    Bytes o = Grey(dib, 1, true);
-    // Row 0 = kernel rows 1..3 all on source row 0: 47, 161, 47 per column.
-    EXPECT_EQ(At8(o, 0, 0), 47);
-    EXPECT_EQ(At8(o, 1, 0), 0);
-    EXPECT_EQ(At8(o, 2, 0), 47);
-    EXPECT_EQ(At8(o, 3, 0), 161);
-    EXPECT_EQ(At8(o, 4, 0), 47);
-    EXPECT_EQ(At8(o, 3, 1), 99 + 31);  // kernel rows 2 and 3 still on row 0
-    EXPECT_EQ(At8(o, 3, 2), 31);
-    EXPECT_EQ(At8(o, 3, 3), 0);
-    GlobalFree(dib);
+    Bytes o = Smooth(Image(16, 6, 1, [](int x, int y) { return unsigned(x == 3 && y == 5); }), 1, true);
+    const unsigned row0[] = {47, 0, 47, 161, 47};  // kernel rows 1..3 all on source row 0
+    for (int x = 0; x < 5; ++x) EXPECT_EQ(PixelAt(o, x, 0), row0[x]) << x;
+    EXPECT_EQ(PixelAt(o, 3, 1), 99u + 31);  // kernel rows 2 and 3 still on row 0
+    EXPECT_EQ(PixelAt(o, 3, 2), 31u);
+    EXPECT_EQ(PixelAt(o, 3, 3), 0u);
 }
 
 TEST(MonoToGrey, ModeIsLoweredByHeight) {
-    struct Case {
-        int height, asked, same;
-    } cases[] = {{3, 2, 0}, {5, 2, 1}, {4, 2, 1}, {3, 1, 1}};
-    for (const Case& c : cases) {
-        Bytes src = Mono(13, c.height);
-        for (int y = 0; y < c.height; ++y)
-            for (int x = 0; x < 13; x += 2 + y) SetBit(src, x, y);
-        HDIB dib = BlockFrom(src);
-        EXPECT_EQ(Grey(dib, c.asked, false), Grey(dib, c.same, false)) << c.height;
-        GlobalFree(dib);
+    const struct { int height, asked, same; } cases[] = {{3, 2, 0}, {5, 2, 1}, {4, 2, 1}, {3, 1, 1}};
+    for (const auto& c : cases) {
+        Bytes src = Image(13, c.height, 1, [](int x, int y) { return unsigned(x % (2 + y) == 0); });
+        EXPECT_EQ(Smooth(src, c.asked, false), Smooth(src, c.same, false)) << c.height;
     }
 }
 
-TEST(ConvMonoDIBtoGrayscale, PolarityFollowsTheTwoColourEntries) {
-    Bytes src = Mono(10, 2);  // entry 0 black, entry 1 white: flag 1
-    SetBit(src, 1, 0);
-    HDIB dib = BlockFrom(src);
-    Bytes o = Grey(dib, 0, false);
+TEST(ConvMonoDIBtoGrayscale, PolarityFollowsTheTwoColourEntriesAndPaddingBitsCount) {
+    Bytes src = Image(10, 2, 1, [](int x, int y) { return unsigned(x == 1 && y == 1); });
+    Bytes o = Smooth(src, 0, false);
     EXPECT_EQ(Get32(o, 32), 0u);
-    EXPECT_EQ(o.size() - 1064 - 2 * 12, static_cast<size_t>((10 * 40 + 155) / 32 * 4));
-    EXPECT_EQ(At8(o, 1, 0), 0);
-    EXPECT_EQ(At8(o, 0, 0), 255);
-    EXPECT_EQ(At8(o, 9, 1), 255);
-    GlobalFree(dib);
-    std::swap_ranges(src.begin() + 40, src.begin() + 44, src.begin() + 44);  // white first: flag 0
-    dib = BlockFrom(src);
-    o = Grey(dib, 0, false);
-    EXPECT_EQ(At8(o, 1, 0), 255);
-    EXPECT_EQ(At8(o, 0, 0), 0);
-    GlobalFree(dib);
-}
-
-TEST(ConvMonoDIBtoGrayscale, WidthsOf8kPlus1SmoothSafely) {
-    for (int width : {1, 9, 17, 33}) {
+    EXPECT_EQ(o.size(), 1064u + 2 * 12 + (40 * 10 + 155) / 32 * 4);  // rows and a tail
+    EXPECT_EQ(PixelAt(o, 1, 0), 0u);
+    EXPECT_EQ(PixelAt(o, 0, 0), 255u);
+    EXPECT_EQ(PixelAt(o, 9, 1), 255u);
+    o = Smooth(Swapped(src), 0, false);
+    EXPECT_EQ(PixelAt(o, 1, 0), 255u);
+    EXPECT_EQ(PixelAt(o, 0, 0), 0u);
+    for (int width : {1, 9, 17, 33})
         for (int mode = 1; mode <= 2; ++mode) {
-            Bytes src = Mono(width, 7);
-            std::swap_ranges(src.begin() + 40, src.begin() + 44, src.begin() + 44);
-            for (int y = 0; y < 7; ++y)
-                for (int x = 0; x < width; ++x) SetBit(src, x, y);
-            HDIB dib = BlockFrom(src);
-            Bytes o = Grey(dib, mode, false);
+            Bytes o = Smooth(Swapped(Image(width, 7, 1, [](int, int) { return 1u; })), mode, false);
             ASSERT_FALSE(o.empty());
-            // Clear padding bits count as pixels: the last columns darken,
-            // the rest of a wide enough row stays full.
+            // Widths 8k + 1: clear padding bits count as pixels, so the last
+            // columns darken and the rest of a wide enough row stays full.
             if (width > 8) {
-                EXPECT_EQ(At8(o, 2, 3), 255) << width;
+                EXPECT_EQ(PixelAt(o, 2, 3), 255u) << width;
             }
-            EXPECT_LT(At8(o, width - 1, 3), 255) << width;
-            GlobalFree(dib);
+            EXPECT_LT(PixelAt(o, width - 1, 3), 255u) << width;
         }
-    }
-}
-
-TEST(ConvMonoDIBtoGrayscale, RefusesInTheFixedOrder) {
-    HDIB eight = BlockFrom(Blank(4, 4, 8));
-    EXPECT_EQ(ConvMonoDIBtoGrayscale(eight, 0), nullptr);
-    EXPECT_EQ(prism::LastImgError, prism::kErrCompressed);
-    GlobalFree(eight);
-    HDIB mono = BlockFrom(Mono(4, 4));
-    EXPECT_EQ(ConvMonoDIBtoGrayscale(mono, 3), nullptr);
-    EXPECT_EQ(prism::LastImgError, prism::kErrParameter);
-    GlobalFree(mono);
-    Bytes cut = Mono(4, 4);
-    cut.resize(50);
-    HDIB small = BlockFrom(cut);
-    EXPECT_EQ(ConvMonoDIBtoGrayscale(small, 0), nullptr);
-    EXPECT_EQ(prism::LastImgError, prism::kErrDibSize);
-    GlobalFree(small);
-    EXPECT_EQ(ConvMonoDIBtoGrayscale(nullptr, 0), nullptr);
-    EXPECT_EQ(prism::LastImgError, prism::kErrParameter);
-}
-
-TEST(ExpandMonoRow, WritesOnlySetBitsAfterClearingTheOneBitStride) {
-    unsigned char src[2] = {0xA0, 0x80};  // pixels 0, 2 and 8
-    unsigned char dst[24];
-    std::memset(dst, 7, sizeof(dst));
-    prism::tone::ExpandMonoRow(src, 9, dst, 0, sizeof(dst));
-    const unsigned char expected[] = {255, 0, 255, 0, 7, 7, 7, 7, 255, 7};
-    for (int i = 0; i < 10; ++i) EXPECT_EQ(dst[i], expected[i]) << i;
-    // Inverted, the clear padding bits of the last byte write 255 too, but
-    // never past the room given.
-    std::memset(dst, 0, sizeof(dst));
-    prism::tone::ExpandMonoRow(src, 9, dst, 1, 12);
-    EXPECT_EQ(dst[8], 0);
-    EXPECT_EQ(dst[11], 255);
-    EXPECT_EQ(dst[12], 0);
 }
 
 }  // namespace
