@@ -103,14 +103,6 @@ inline Bytes ToDib(const Picture& p) {
     return dib;
 }
 
-// The picture held by DIB bytes (40-byte header).
-inline Picture FromDib(const Bytes& dib) {
-    Picture p(static_cast<int>(Get32(dib, 4)), static_cast<int>(Get32(dib, 8)), static_cast<int>(Get16(dib, 14)));
-    for (int y = 0; y < p.height; ++y)
-        for (int x = 0; x < p.width; ++x) p.at(x, y) = testing_support::PixelAt(dib, x, y);
-    return p;
-}
-
 // A signed 32-bit header field: 4 width, 8 height, 20 biSizeImage, 32 biClrUsed.
 inline int Field(const Bytes& b, size_t at) { return static_cast<std::int32_t>(Get32(b, at)); }
 
