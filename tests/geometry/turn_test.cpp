@@ -111,12 +111,7 @@ INSTANTIATE_TEST_SUITE_P(Depths, TurnTest,
                          ::testing::Combine(::testing::Values(1, 4, 8, 24),
                                             ::testing::Values(std::make_pair(1, 1), std::make_pair(7, 5),
                                                               std::make_pair(13, 32), std::make_pair(33, 9),
-                                                              std::make_pair(3, 17), std::make_pair(130, 7))),
-                         [](const ::testing::TestParamInfo<TurnTest::ParamType>& info) {
-                             return "d" + std::to_string(std::get<0>(info.param)) + "_" +
-                                    std::to_string(std::get<1>(info.param).first) + "x" +
-                                    std::to_string(std::get<1>(info.param).second);
-                         });
+                                                              std::make_pair(3, 17), std::make_pair(130, 7))));
 
 // Hand-checked: a 1-bit image of height 32 has rows of exactly 4 bytes after
 // RotateDIB270, so source row 0 lands on the first pixel of the next stored
