@@ -204,14 +204,12 @@ TEST(RotateDIB, ErrorWord) {
         Bytes image;
         int code;
     } cases[] = {
-        {"success", Image(6, 4, 8), 0},
-        {"compressed", with(8, [](Bytes& b) { b[16] = 1; }), 500},
+        {"success", Image(6, 4, 8), 0}, {"compressed", with(8, [](Bytes& b) { b[16] = 1; }), 500},
         {"width 0", with(8, [](Bytes& b) { std::memset(&b[4], 0, 4); }), 501},
         {"height 0", with(8, [](Bytes& b) { std::memset(&b[8], 0, 4); }), 501},
         {"width 65536", with(8, [](Bytes& b) { b[4] = 0, b[5] = 0, b[6] = 1; }), 501},
         // 65,535 by 1 at 24 bits, turned by 45, needs several gigabytes.
-        {"turned bounds too large", Image(65535, 1, 24), 503},
-        {"core header", PackedDib(core), 506},
+        {"turned bounds too large", Image(65535, 1, 24), 503}, {"core header", PackedDib(core), 506},
         {"header only", with(8, [](Bytes& b) { b.resize(40 + 1024); }), 506},
         {"short header", with(8, [](Bytes& b) { b.resize(20); }), 506},
         {"last row cut", with(24, [](Bytes& b) { b.pop_back(); }), 506},

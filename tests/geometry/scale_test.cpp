@@ -167,15 +167,11 @@ TEST(ScaleDIB, FailuresAndLimits) {
         Bytes image;
         int mode, width, height, code;
     } cases[] = {
-        {"new width 0", picture::Image(6, 3, 8), 0, 0, 4, 1},
-        {"new width 0, cubic", picture::Image(6, 3, 24), 1, 0, 4, 1},
+        {"new width 0", picture::Image(6, 3, 8), 0, 0, 4, 1}, {"new width 0, cubic", picture::Image(6, 3, 24), 1, 0, 4, 1},
         {"new width 0 in the low half", picture::Image(6, 3, 4), 0, 0x10000, 4, 1},
-        {"depth 16", picture::Image(6, 3, 16), 0, 4, 4, 21},
-        {"depth 32", picture::Image(6, 3, 32), 0, 4, 4, 21},
-        {"linear too wide", picture::Image(6, 3, 8), 0, 16384, 1, 8},
-        {"linear widest", picture::Image(4, 1, 8), 0, 16383, 1, -1},
-        {"cubic too wide", picture::Image(6, 3, 24), 1, 10923, 1, 8},
-        {"cubic widest", picture::Image(4, 1, 24), 1, 10922, 1, -1},
+        {"depth 16", picture::Image(6, 3, 16), 0, 4, 4, 21}, {"depth 32", picture::Image(6, 3, 32), 0, 4, 4, 21},
+        {"linear too wide", picture::Image(6, 3, 8), 0, 16384, 1, 8}, {"linear widest", picture::Image(4, 1, 8), 0, 16383, 1, -1},
+        {"cubic too wide", picture::Image(6, 3, 24), 1, 10923, 1, 8}, {"cubic widest", picture::Image(4, 1, 24), 1, 10922, 1, -1},
         {"cubic too wide by wrap", picture::Image(6, 3, 4), 1, -1, 1, 8},
         {"mode with zero low half", picture::Image(6, 3, 8), 0x10000, 4, 4, 8},
         // The 1-bit stretcher refuses and reports nothing.

@@ -35,11 +35,9 @@ TEST(SkewDIB, ShiftsByHandCheckedAmounts) {
         {0, true, 13, 3, 0, {0, 0, 0}},           // skew 0 copies
         {0, false, 13, 3, 0, std::vector<int>(13, 0)},
         {1, true, 13, 8, 8, {0, 1, 2, 3, 4, 5, 6, 7}},  // a bit shift inside bytes
-        {1, true, 10, 4, -3, {3, 2, 1, 0}},
-        {1, true, 25, 8, 7, {0, 0, 1, 2, 3, 4, 5, 6}},
+        {1, true, 10, 4, -3, {3, 2, 1, 0}}, {1, true, 25, 8, 7, {0, 0, 1, 2, 3, 4, 5, 6}},
         {4, true, 5, 4, 3, {0, 0, 1, 2}},         // 0, 3, 6, 9 bits: half bytes only
-        {4, true, 3, 2, -4, {4, 2}},
-        {4, true, 7, 3, 5, {0, 1, 3}},
+        {4, true, 3, 2, -4, {4, 2}}, {4, true, 7, 3, 5, {0, 1, 3}},
         {8, true, 5, 4, 3, {0, 1, 2, 3}},         // 0, 6, 12, 18 bits rounded up to bytes
         {8, true, 6, 4, -5, {5, 4, 3, 2}},        // row 0 moves by all 5
         {24, true, 5, 4, 3, {0, 1, 1, 2}},        // 0, 3, 5, 7 bytes cut to whole pixels
@@ -47,10 +45,8 @@ TEST(SkewDIB, ShiftsByHandCheckedAmounts) {
         // Rows without padding and a sub-byte shift on the top row: its last
         // byte's spill would land one byte past the block and is dropped
         // (the sanitizer build checks nothing is written there).
-        {1, true, 31, 1, -1, {1}},
-        {4, true, 7, 1, -1, {1}},
-        {0, false, 7, 3, 5, {0, 0, 1, 2, 2, 3, 4}},
-        {0, false, 7, 3, -5, {5, 4, 3, 2, 2, 1, 0}},
+        {1, true, 31, 1, -1, {1}}, {4, true, 7, 1, -1, {1}},
+        {0, false, 7, 3, 5, {0, 0, 1, 2, 2, 3, 4}}, {0, false, 7, 3, -5, {5, 4, 3, 2, 2, 1, 0}},
         {0, false, 1, 4, 3, {0}},  // a single column does not move for skew above 0
         {0, false, 1, 4, -3, {3}},
         {0, false, 70, 2, 70, {}},  // wider than one group of columns: shift c
@@ -86,12 +82,9 @@ TEST(SkewDIB, CornersDescribeTheMovedShape) {
         int skew;
         std::vector<int> corners;
     } cases[] = {
-        {true, 4, {4, 0, 9, 0, 5, 3, 0, 3}},
-        {true, -4, {0, 0, 5, 0, 9, 3, 4, 3}},
-        {true, 0, {0, 0, 5, 0, 5, 3, 0, 3}},
+        {true, 4, {4, 0, 9, 0, 5, 3, 0, 3}}, {true, -4, {0, 0, 5, 0, 9, 3, 4, 3}}, {true, 0, {0, 0, 5, 0, 5, 3, 0, 3}},
         // Vertical corners move in pairs: they describe a rectangle.
-        {false, 4, {0, 4, 5, 4, 5, 3, 0, 3}},
-        {false, -4, {0, 0, 5, 0, 5, 7, 0, 7}},
+        {false, 4, {0, 4, 5, 4, 5, 3, 0, 3}}, {false, -4, {0, 0, 5, 0, 5, 7, 0, 7}},
     };
     for (const Case& c : cases) {
         picture::Moved s = Skew(Image(5, 3, 8), c.horizontal, c.skew);
