@@ -135,20 +135,12 @@ TEST(TurnQuirks, CompressedOtherDepthsAndEmptyImages) {
     Picture s = picture::Varied(4, 2, 8);
     Bytes rle = Source(s);
     picture::Put32(rle, 16, 1);
-    Bytes out = picture::Run(RotateDIB180, rle);
-    ASSERT_FALSE(out.empty());
-    EXPECT_EQ(picture::Get32(out, 16), 1u);
     Bytes want = picture::Run(RotateDIB180, Source(s));
     picture::Put32(want, 16, 1);
-    EXPECT_EQ(out, want);
+    EXPECT_EQ(picture::Run(RotateDIB180, rle), want);
 
-    for (int bits : {2, 16, 32}) {
-        testing_support::DibSpec shape;
-        shape.width = 5;
-        shape.height = 3;
-        shape.bitCount = bits;
-        shape.colors = 0;
-        Bytes src = testing_support::PackedDib(shape);
+    for (int bits : {16, 32}) {
+        Bytes src = picture::Image(5, 3, bits);
         const size_t stride = testing_support::Stride(5, bits);
         for (size_t i = 40; i < src.size(); ++i) src[i] = static_cast<unsigned char>(i * 7 + 1);
         want = src;
@@ -167,7 +159,7 @@ TEST(TurnQuirks, CompressedOtherDepthsAndEmptyImages) {
     }
     for (int bits : {1, 4, 8, 24}) {
         Bytes src = picture::ToDib(Picture(0, 3, bits));
-        out = picture::Run(RotateDIB90, src);
+        Bytes out = picture::Run(RotateDIB90, src);
         ASSERT_EQ(out.size(), src.size() + 4) << bits;  // 3 by 0: no rows
         EXPECT_EQ(picture::Get32(out, 4), 3u);
         EXPECT_EQ(picture::Get32(out, 8), 0u);
