@@ -103,12 +103,40 @@ inline Bytes ToDib(const Picture& p) {
     return dib;
 }
 
-// The picture held by DIB bytes (40-byte header).
-inline Picture FromDib(const Bytes& dib) {
-    Picture p(static_cast<int>(Get32(dib, 4)), static_cast<int>(Get32(dib, 8)), static_cast<int>(Get16(dib, 14)));
-    for (int y = 0; y < p.height; ++y)
-        for (int x = 0; x < p.width; ++x) p.at(x, y) = testing_support::PixelAt(dib, x, y);
-    return p;
+// A signed 32-bit header field: 4 width, 8 height, 20 biSizeImage, 32 biClrUsed.
+inline int Field(const Bytes& b, size_t at) { return static_cast<std::int32_t>(Get32(b, at)); }
+
+// DIB bytes with the support library's table and pixels (x, y from the top).
+inline Bytes Image(int w, int h, int bits, unsigned (*pixel)(int, int) = nullptr) {
+    testing_support::DibSpec shape;
+    shape.width = w;
+    shape.height = h;
+    shape.bitCount = bits;
+    return testing_support::PackedDib(shape, pixel);
+}
+
+// RotateDIB and SkewDIB: the result's bytes, the error word (-7 if never
+// written) and the corners.  The source is locked once before the call: a
+// success must leave one more lock, a failure none, the result none.
+struct Moved {
+    Bytes result;
+    int error = -7;
+    int corners[8] = {};
+};
+template <class Op>
+Moved Move(Op op, const Bytes& source, int a, int b) {
+    Moved m;
+    HGLOBAL src = testing_support::BlockFrom(source);
+    EXPECT_NE(GlobalLock(src), nullptr);
+    if (HDIB out = op(src, a, b, &m.error, m.corners)) {
+        EXPECT_TRUE(GlobalUnlock(src)) << "a success leaves one lock on the source";
+        EXPECT_FALSE(GlobalUnlock(out)) << "the result comes back unlocked";
+        m.result = testing_support::BlockBytes(out);
+        GlobalFree(out);
+    }
+    EXPECT_FALSE(GlobalUnlock(src)) << "no lock left behind";
+    GlobalFree(src);
+    return m;
 }
 
 using DibOp = HDIB(WINAPI*)(HDIB);

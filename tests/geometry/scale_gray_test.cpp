@@ -1,7 +1,7 @@
-// ScaleGrayDIB: the grey-level round trip, hand-checked enlargement, the
-// lock it leaves, and its refusals.
+// ScaleGrayDIB: the grey-level round trip with its lowered indices,
+// hand-checked enlargement, the lock it leaves, and its refusals.
 #include "core/errors.h"
-#include "support/test_support.h"
+#include "geometry/picture.h"
 
 #include <gtest/gtest.h>
 
@@ -10,227 +10,144 @@
 namespace {
 
 using namespace testing_support;
+using picture::Field;
 
-int gPixelBase = 0;
-unsigned Ramp(int x, int y) { return static_cast<unsigned>(gPixelBase + x * 3 + y * 17); }
+unsigned Ramp(int x, int y) { return static_cast<unsigned>(1 + x * 3 + y * 17); }
+unsigned White(int, int) { return 255; }
+unsigned Black(int, int) { return 0; }
+unsigned TenAndTwoHundred(int x, int) { return x ? 200 : 10; }
 
 // A DIB with a rising grey table: entry k holds k at 8 bits, 17 k at 4.
 Bytes GreyDib(int width, int height, int depth, unsigned (*pixel)(int, int) = Ramp) {
-    DibSpec spec;
-    spec.width = width;
-    spec.height = height;
-    spec.bitCount = depth;
-    Bytes b = PackedDib(spec, pixel);
-    const int colors = depth <= 8 ? 1 << depth : 0;
-    const int step = depth == 4 ? 17 : 1;
-    for (int k = 0; k < colors; ++k) std::memset(b.data() + 40 + 4 * k, k * step, 3);
+    Bytes b = picture::Image(width, height, depth, pixel);
+    for (int k = 0; depth <= 8 && k < 1 << depth; ++k) std::memset(b.data() + 40 + 4 * k, k * (depth == 4 ? 17 : 1), 3);
     return b;
 }
 
-struct Grey {
-    Bytes bytes;
-    bool made = false;
-    bool resultLocked = false;
-    bool sourceLocked = false;
-};
-
-Grey ScaleGrey(const Bytes& source, int x0, int y0, int w, int h, int zx, int zy, int mode) {
+// The result's bytes, empty for 0.  The result comes back locked once, the
+// source unlocked (`sourceLocked` says otherwise).
+Bytes ScaleGrey(const Bytes& source, int x0, int y0, int w, int h, int zx, int zy, int mode,
+                bool sourceLocked = false) {
     HDIB dib = BlockFrom(source);
-    Grey g;
     HDIB out = ScaleGrayDIB(dib, x0, y0, w, h, zx, zy, mode);
     GlobalLock(dib);
-    g.sourceLocked = GlobalUnlock(dib) != 0;
-    while (GlobalUnlock(dib)) {
-    }
+    EXPECT_EQ(GlobalUnlock(dib) != 0, sourceLocked);
     GlobalFree(dib);
-    if (out) {
-        g.made = true;
-        GlobalLock(out);
-        g.resultLocked = GlobalUnlock(out) != 0;
-        while (GlobalUnlock(out)) {
+    if (!out) return Bytes();
+    GlobalLock(out);
+    EXPECT_TRUE(GlobalUnlock(out)) << "returned with its lock standing";
+    GlobalUnlock(out);
+    Bytes result = BlockBytes(out);
+    GlobalFree(out);
+    return result;
+}
+
+class GreyByDepthMode : public ::testing::TestWithParam<std::tuple<int, int>> {};
+
+TEST_P(GreyByDepthMode, RectangleConstantsEdgesAndRefusals) {
+    const int depth = std::get<0>(GetParam()), mode = std::get<1>(GetParam());
+    // Factors of 1 reproduce the rectangle, with the index shift of the
+    // grey-to-index table: it is read one entry ahead, so k comes back as
+    // k - 1 and 0 as 255.  x0 counts bytes: at 4 bits, byte 2 is pixel 4.
+    const Bytes source = GreyDib(14, 9, depth);
+    const int x0 = 2, y0 = 3, first = depth == 4 ? 2 * x0 : x0;
+    Bytes g = ScaleGrey(source, x0, y0, 6, 4, 1, 1, mode);
+    ASSERT_FALSE(g.empty());
+    EXPECT_EQ(Field(g, 4), 6);
+    EXPECT_EQ(Field(g, 8), 4);
+    for (int y = 0; y < 4; ++y)
+        for (int x = 0; x < 6; ++x) {
+            const unsigned k = PixelAt(source, first + x, y0 + y);
+            unsigned want = (k + 255) & 0xFF;
+            // At 4 bits pixels pair up in bytes.  A 0 lowered to 255 keeps
+            // only its low nibble in the high place, but is ORed in whole in
+            // the low place, which makes the byte 255.
+            if (depth == 4)
+                want = (x % 2 == 1 && k == 0) || (x % 2 == 0 && PixelAt(source, first + x + 1, y0 + y) == 0) ? 15 : want & 15;
+            ASSERT_EQ(PixelAt(g, x, y), want) << x << "," << y << " k=" << k;
         }
-        g.bytes = BlockBytes(out);
-        GlobalFree(out);
-    }
-    return g;
-}
-
-std::int32_t Field32(const Bytes& b, size_t at) {
-    std::int32_t v;
-    std::memcpy(&v, b.data() + at, 4);
-    return v;
-}
-
-// The index a grey palette gives back for its own index k: the table is read
-// one entry ahead, so k comes back as k - 1 and 0 as 255.
-unsigned Lowered(unsigned k) { return (k + 255) & 0xFF; }
-
-class GreyByDepthMode : public ::testing::TestWithParam<std::pair<int, int>> {};
-
-// Factors of 1 reproduce the rectangle (weights 255 and 0, or 0, 255, 0, 0),
-// with the index shift of the grey-to-index table.
-TEST_P(GreyByDepthMode, FactorOneGivesTheRectangleWithIndicesLowered) {
-    const int depth = GetParam().first, mode = GetParam().second;
-    gPixelBase = 1;
-    Bytes source = GreyDib(14, 9, depth);
-    // x0 counts bytes: at 4 bits, byte 2 is pixel 4.
-    const int x0 = 2, y0 = 3, w = 6, h = 4;
-    const int firstPixel = depth == 4 ? 2 * x0 : x0;
-    Grey g = ScaleGrey(source, x0, y0, w, h, 1, 1, mode);
-    ASSERT_TRUE(g.made);
-    EXPECT_EQ(Field32(g.bytes, 4), w);
-    EXPECT_EQ(Field32(g.bytes, 8), h);
-    for (int y = 0; y < h; ++y)
-        for (int x = 0; x < w; ++x) {
-            const unsigned k = PixelAt(source, firstPixel + x, y0 + y);
-            unsigned want = Lowered(k);
-            if (depth == 4) {
-                // Pixels pair up in bytes.  A 0 lowered to 255 keeps only its
-                // low nibble in the high place, but is ORed in whole in the
-                // low place, which makes the byte 255.
-                const bool partnerZero = x % 2 == 0 && PixelAt(source, firstPixel + x + 1, y0 + y) == 0;
-                want = (x % 2 == 1 && k == 0) || partnerZero ? 15 : (want & 15);
-            }
-            ASSERT_EQ(PixelAt(g.bytes, x, y), want) << x << "," << y << " k=" << k;
-        }
-    EXPECT_TRUE(g.resultLocked);   // returned with its lock standing
-    EXPECT_FALSE(g.sourceLocked);  // the source is unlocked again
-}
-
-unsigned Flat(int, int) { return 255; }
-unsigned Black(int, int) { return 0; }
-
-TEST_P(GreyByDepthMode, ConstantImageStaysConstant) {
-    const int depth = GetParam().first, mode = GetParam().second;
-    if (mode != 0) return;  // the cubic lobes are not exact on a constant
-    for (auto pixel : {Flat, Black}) {
-        // At 4 bits the w fetched bytes hold 2 w pixels and the taps read one
-        // beyond the rectangle: the source is wide enough for all of them.
-        Bytes source = GreyDib(16, 6, depth, pixel);
-        Grey g = ScaleGrey(source, 0, 0, 8, 6, 3, 2, mode);
-        ASSERT_TRUE(g.made);
-        const unsigned first = PixelAt(g.bytes, 0, 0);
+    // A constant stays constant (linear; the cubic lobes are not exact).  At
+    // 4 bits the w fetched bytes hold 2 w pixels and the taps read one
+    // beyond: the source is wide enough for all.  A rectangle outside the
+    // source reads zeros only, and nothing outside the block.
+    struct Corner {
+        int x0, y0;
+        unsigned (*pixel)(int, int);
+    } constants[] = {{0, 0, White}, {0, 0, Black}, {0, 500, Ramp}, {-3000, -40, Ramp}};
+    for (const Corner& c : constants) {
+        if (mode && c.x0 == 0 && c.y0 == 0) continue;
+        g = ScaleGrey(GreyDib(16, 6, depth, c.pixel), c.x0, c.y0, 8, 6, 3, 2, mode);
+        ASSERT_FALSE(g.empty());
         for (int y = 0; y < 12; ++y)
-            for (int x = 0; x < 24; ++x) ASSERT_EQ(PixelAt(g.bytes, x, y), first) << x << "," << y;
+            for (int x = 0; x < 24; ++x) ASSERT_EQ(PixelAt(g, x, y), PixelAt(g, 0, 0)) << x << "," << y;
     }
-}
-
-TEST_P(GreyByDepthMode, RefusalsLeaveTheErrorAlone) {
-    const int depth = GetParam().first, mode = GetParam().second;
-    Bytes source = GreyDib(8, 8, depth);
+    // A height of 0 gives an image without rows.
+    g = ScaleGrey(source, 0, 0, 4, 0, 2, 5, mode);
+    ASSERT_FALSE(g.empty());
+    EXPECT_EQ(Field(g, 4), 8);
+    EXPECT_EQ(Field(g, 8), 0);
+    EXPECT_EQ(Field(g, 20), 0);
+    // Refusals leave the error alone.  The tap walk stays below 8,192
+    // (linear) and 5,462 (cubic) columns.
     prism::LastImgError = 77;
-    EXPECT_FALSE(ScaleGrey(source, 0, 0, 200, 4, 200, 1, mode).made);  // 40,000 wraps in 16 bits
-    EXPECT_FALSE(ScaleGrey(source, 0, 0, 4, 200, 1, 200, mode).made);
-    EXPECT_FALSE(ScaleGrey(source, 0, 0, 4, 4, -2, 1, mode).made);
-    EXPECT_FALSE(ScaleGrey(source, 0, 0, -4, 4, -2, 1, mode).made);
-    EXPECT_FALSE(ScaleGrey(source, 0, 0, 4, -4, 1, -2, mode).made);
-    EXPECT_FALSE(ScaleGrey(source, 0, 0, 0, 4, 3, 1, mode).made);  // new width 0
-    EXPECT_FALSE(ScaleGrey(source, 0, 0, 4, 4, 0, 1, mode).made);
-    // The tap walk stays below 8,192 (linear) and 5,462 (cubic) columns.
     const int limit = mode ? 5462 : 8192;
-    EXPECT_FALSE(ScaleGrey(source, 0, 0, 2, 1, limit / 2, 1, mode).made);
-    EXPECT_TRUE(ScaleGrey(source, 0, 0, 1, 1, limit - 1, 1, mode).made);
-    EXPECT_FALSE(ScaleGrey(source, 0, 0, 4, 4, 1, 1, 2).made);  // modes are 0 and 1
+    const int refused[][6] = {{0, 0, 200, 4, 200, 1},  // 40,000 wraps in 16 bits
+                              {0, 0, 4, 200, 1, 200}, {0, 0, 4, 4, -2, 1}, {0, 0, -4, 4, -2, 1},
+                              {0, 0, 4, -4, 1, -2},   {0, 0, 0, 4, 3, 1},  {0, 0, 4, 4, 0, 1},
+                              {0, 0, 2, 1, limit / 2, 1}};
+    for (const auto& r : refused)
+        EXPECT_TRUE(ScaleGrey(source, r[0], r[1], r[2], r[3], r[4], r[5], mode).empty()) << r[2] << " " << r[4];
+    EXPECT_FALSE(ScaleGrey(source, 0, 0, 1, 1, limit - 1, 1, mode).empty());
+    EXPECT_TRUE(ScaleGrey(source, 0, 0, 4, 4, 1, 1, 2).empty());  // modes are 0 and 1
     EXPECT_EQ(prism::LastImgError, 77);
 }
 
-TEST_P(GreyByDepthMode, HeightZeroGivesAnImageWithoutRows) {
-    const int depth = GetParam().first, mode = GetParam().second;
-    Grey g = ScaleGrey(GreyDib(8, 8, depth), 0, 0, 4, 0, 2, 5, mode);
-    ASSERT_TRUE(g.made);
-    EXPECT_EQ(Field32(g.bytes, 4), 8);
-    EXPECT_EQ(Field32(g.bytes, 8), 0);
-    EXPECT_EQ(Field32(g.bytes, 20), 0);
-}
-
-TEST_P(GreyByDepthMode, RectangleOutsideTheSourceReadsZeros) {
-    const int depth = GetParam().first, mode = GetParam().second;
-    // Rows far above and bytes far to the left of the block: nothing outside
-    // it is read, and every pixel comes from the same zero bytes.
-    for (auto corner : {std::pair<int, int>{0, 500}, std::pair<int, int>{-3000, -40}}) {
-        Grey g = ScaleGrey(GreyDib(6, 4, depth), corner.first, corner.second, 5, 3, 2, 2, mode);
-        ASSERT_TRUE(g.made);
-        const unsigned first = PixelAt(g.bytes, 0, 0);
-        for (int y = 0; y < 6; ++y)
-            for (int x = 0; x < 10; ++x) ASSERT_EQ(PixelAt(g.bytes, x, y), first);
-    }
-}
-
-INSTANTIATE_TEST_SUITE_P(Cases, GreyByDepthMode,
-                         ::testing::Values(std::pair<int, int>{4, 0}, std::pair<int, int>{4, 1},
-                                           std::pair<int, int>{8, 0}, std::pair<int, int>{8, 1}),
-                         [](const ::testing::TestParamInfo<std::pair<int, int>>& info) {
-                             return "Bits" + std::to_string(info.param.first) + (info.param.second ? "Cubic" : "Linear");
+INSTANTIATE_TEST_SUITE_P(Cases, GreyByDepthMode, ::testing::Combine(::testing::Values(4, 8), ::testing::Values(0, 1)),
+                         [](const ::testing::TestParamInfo<std::tuple<int, int>>& info) {
+                             return "Bits" + std::to_string(std::get<0>(info.param)) +
+                                    (std::get<1>(info.param) ? "Cubic" : "Linear");
                          });
 
-unsigned TenAndTwoHundred(int x, int) { return x ? 200 : 10; }
-
-TEST(ScaleGrayDIB, HandCheckedDoublingAt8Bits) {
+TEST(ScaleGrayDIB, HandCheckedAt8BitsAndBytesAt24) {
     // Greys 10 and 200 doubled across: 10, 5 + 100, 200, 200 (right edge
-    // replicated), then one index lower each.
-    Grey linear = ScaleGrey(GreyDib(2, 1, 8, TenAndTwoHundred), 0, 0, 2, 1, 2, 1, 0);
-    ASSERT_TRUE(linear.made);
-    const unsigned want[] = {9, 104, 199, 199};
-    for (int x = 0; x < 4; ++x) EXPECT_EQ(PixelAt(linear.bytes, x, 0), want[x]) << x;
-    // Cubic: at 8 bits the guard before pixel 0 is the raw index 10.
-    // 6 + 125 - 1 - 24 = 106, and 125 + 125 - 1 - 24 = 225.
-    Grey cubic = ScaleGrey(GreyDib(2, 1, 8, TenAndTwoHundred), 0, 0, 2, 1, 2, 1, 1);
-    ASSERT_TRUE(cubic.made);
-    const unsigned wantCubic[] = {9, 105, 199, 224};
-    for (int x = 0; x < 4; ++x) EXPECT_EQ(PixelAt(cubic.bytes, x, 0), wantCubic[x]) << x;
-}
-
-unsigned Sixteen(int, int) { return 16; }
-
-TEST(ScaleGrayDIB, RowPaddingAtEightBitsTakesTheIndexOfBlack) {
+    // replicated), then one index lower each.  Cubic: the guard before
+    // pixel 0 is the raw index 10; 6 + 125 - 1 - 24 = 106, 125 + 125 - 1 -
+    // 24 = 225.
+    const unsigned want[2][4] = {{9, 104, 199, 199}, {9, 105, 199, 224}};
+    for (int mode : {0, 1}) {
+        const Bytes g = ScaleGrey(GreyDib(2, 1, 8, TenAndTwoHundred), 0, 0, 2, 1, 2, 1, mode);
+        ASSERT_FALSE(g.empty());
+        for (int x = 0; x < 4; ++x) EXPECT_EQ(PixelAt(g, x, 0), want[mode][x]) << mode << " " << x;
+    }
     // Three columns in a stride of 4: the fourth byte is blended from zeros
     // and mapped through the table, where 0 gives 255.
-    Grey g = ScaleGrey(GreyDib(3, 2, 8, Sixteen), 0, 0, 3, 2, 1, 1, 0);
-    ASSERT_TRUE(g.made);
-    EXPECT_EQ(g.bytes[40 + 1024 + 3], 255);
-    EXPECT_EQ(g.bytes[40 + 1024 + 0], 15);
+    Bytes g = ScaleGrey(GreyDib(3, 2, 8, [](int, int) { return 16u; }), 0, 0, 3, 2, 1, 1, 0);
+    ASSERT_FALSE(g.empty());
+    EXPECT_EQ(g[40 + 1024 + 0], 15);
+    EXPECT_EQ(g[40 + 1024 + 3], 255);
+    // 24 bits are walked as bytes: three times the 8-bit rows.
+    g = ScaleGrey(picture::Image(5, 3, 24), 0, 0, 4, 3, 2, 2, 0);
+    ASSERT_FALSE(g.empty());
+    EXPECT_EQ(g[14], 24);
+    EXPECT_EQ(Field(g, 4), 8);
+    EXPECT_EQ(Field(g, 8), 6);
+    EXPECT_EQ(Field(g, 20), 3 * 8 * 6);
+    EXPECT_GE(g.size(), 40u + 3 * 8 * 6);
 }
 
-TEST(ScaleGrayDIB, TwentyFourBitsAreWalkedAsBytes) {
-    DibSpec spec;
-    spec.width = 5;
-    spec.height = 3;
-    spec.bitCount = 24;
-    Grey g = ScaleGrey(PackedDib(spec), 0, 0, 4, 3, 2, 2, 0);
-    ASSERT_TRUE(g.made);
-    EXPECT_EQ(g.bytes[14], 24);
-    EXPECT_EQ(Field32(g.bytes, 4), 8);
-    EXPECT_EQ(Field32(g.bytes, 8), 6);
-    EXPECT_EQ(Field32(g.bytes, 20), 3 * 8 * 6);  // three times the 8-bit rows
-    EXPECT_GE(g.bytes.size(), 40u + 3 * 8 * 6);
-}
-
-TEST(ScaleGrayDIB, OtherDepthsLeaveTheSourceLocked) {
-    DibSpec spec;
-    spec.width = 8;
-    spec.height = 2;
-    spec.bitCount = 1;
-    Grey g = ScaleGrey(PackedDib(spec), 0, 0, 4, 2, 2, 2, 0);
-    EXPECT_FALSE(g.made);
-    EXPECT_TRUE(g.sourceLocked);
-    spec.bitCount = 16;
-    g = ScaleGrey(PackedDib(spec), 0, 0, 4, 2, 2, 2, 0);
-    EXPECT_FALSE(g.made);
-    EXPECT_TRUE(g.sourceLocked);
-}
-
-TEST(ScaleGrayDIB, BadBlocksFailSafely) {
+TEST(ScaleGrayDIB, BadBlocks) {
     EXPECT_EQ(ScaleGrayDIB(nullptr, 0, 0, 4, 4, 2, 2, 0), nullptr);
-    Bytes compressed = GreyDib(8, 4, 8);
+    Bytes compressed = GreyDib(8, 4, 8), tiny = compressed, cut = compressed;
     compressed[16] = 1;
-    EXPECT_FALSE(ScaleGrey(compressed, 0, 0, 4, 4, 2, 2, 0).made);
-    Bytes tiny = GreyDib(8, 4, 8);
     tiny.resize(20);
-    EXPECT_FALSE(ScaleGrey(tiny, 0, 0, 4, 4, 2, 2, 0).made);
+    EXPECT_TRUE(ScaleGrey(compressed, 0, 0, 4, 4, 2, 2, 0).empty());
+    EXPECT_TRUE(ScaleGrey(tiny, 0, 0, 4, 4, 2, 2, 0).empty());
+    // Other depths are refused with the source left locked.
+    EXPECT_TRUE(ScaleGrey(picture::Image(8, 2, 1), 0, 0, 4, 2, 2, 2, 0, true).empty());
+    EXPECT_TRUE(ScaleGrey(picture::Image(8, 2, 16), 0, 0, 4, 2, 2, 2, 0, true).empty());
     // A table cut short: the missing entries and pixels read as 0.
-    Bytes cut = GreyDib(8, 4, 8);
     cut.resize(40 + 600);
-    EXPECT_TRUE(ScaleGrey(cut, 0, 0, 4, 4, 2, 2, 1).made);
+    EXPECT_FALSE(ScaleGrey(cut, 0, 0, 4, 4, 2, 2, 1).empty());
 }
 
 }  // namespace
