@@ -11,7 +11,6 @@
 
 #include <climits>
 #include <cstring>
-#include <memory>
 
 using namespace testing_support;
 using namespace formats_test;
@@ -70,12 +69,10 @@ TEST(PageSections, MergesThePlanesOfThePage) {
     const int height = 3;
     for (const auto& c : cases) {
         SCOPED_TRACE("width " + N(c.width) + ", " + N(c.planes) + " planes, missing " + N(c.missing));
-        std::vector<std::unique_ptr<NamedFile>> planes;
-        std::string text = Head(2, c.planes, 2 * c.planes) + "[Page1]\r\nPlane0=no-such-plane.bmp\r\n[Page2]\r\n";
+        std::string text = Head(2, c.planes, 2 * c.planes) + "[Page1]\r\nPlane0=no.bmp\r\n[Page2]\r\n";
         for (int i = 0; i < c.planes; ++i) {
-            const std::string name = "plane" + N(i) + ".bmp";
-            if (i != c.missing) planes.push_back(std::make_unique<NamedFile>(name, PlaneFile(c.width, height, kPlanes[i])));
-            text += PlaneKeys(i, i + 1, name);
+            WriteFile("plane" + N(i) + ".bmp", PlaneFile(c.width, height, kPlanes[i]));
+            text += PlaneKeys(i, i + 1, i == c.missing ? "no.bmp" : "plane" + N(i) + ".bmp");
         }
         NamedFile descriptor("fax.ini", Text(text));
         int status = -1;
@@ -97,6 +94,7 @@ TEST(PageSections, MergesThePlanesOfThePage) {
         }
         GlobalFree(dib);
     }
+    for (int i = 0; i < 4; ++i) std::remove(("plane" + N(i) + ".bmp").c_str());
 }
 
 // Pages count from 1, sections from "FirstPage"; a page of one plane is the
@@ -105,7 +103,6 @@ TEST(PageSections, OnePlanePagesBySectionNumber) {
     NamedFile a("a8.bmp", PlaneFile(3, 1, nullptr, 8)), b("b8.bmp", PlaneFile(5, 2, nullptr, 8));
     NamedFile descriptor("fax.ini", Text(Head(4, 1, 4, 1, 3) + "[Page-1]\r\nPlane0=a8.bmp\r\n[Page0]\r\nPlane0=b8.bmp"
                                                                "\r\n[Page1]\r\nPlane0=b8.bmp\r\n"));
-    ASSERT_EQ(GetImageFormat(descriptor.path()), PRISM_FORMAT_COLORFAX);
     int status = -1;
     HDIB one = LoadColorFaxPage(descriptor.path(), 1, nullptr);
     HDIB two = LoadImageIntoDIB(descriptor.path(), 2, &status);
@@ -158,44 +155,38 @@ TEST(BadDescriptor, RefusedOrCutShort) {
     NamedFile tiny("tiny.bmp", {0x42});
     const std::string page1 = "[Page1]\r\nPlane0=p0.bmp\r\n";
     const std::string range = Head(4, 1, 4, 1, 3) + page1;  // pages 1 and 2
+    const std::string self = "[Page1]\r\n" + PlaneKeys(0, 255, "bad.ini");  // a descriptor naming itself
     const struct {
         const char* what;
         std::string text;
         int page;
         bool givesPage;
         int code, status;
-        const char* name;
+        const char* name = "bad.ini";
     } cases[] = {
         {"missing file", "", 1, false, 3, 3, "no-such.ini"},
         {"no name", "", 1, false, 3, 3, nullptr},
-        {"empty", "", 1, false, 27, -1, "bad.ini"},
-        {"one byte", "\x01", 1, false, 27, -1, "bad.ini"},
-        {"keys missing", "[ColorFax]\r\nTotalPages=1\r\n" + page1, 1, false, 27, -1, "bad.ini"},
-        {"no pages", "[ColorFax]\r\nPlanes=1\r\nFiles=1\r\nBitsPixel=1\r\n" + page1, 1, false, 27, -1, "bad.ini"},
-        {"4 bits a pixel", Head(1, 4, 4, 4) + page1, 1, false, 27, -1, "bad.ini"},
-        {"page past the end", range, 3, false, 27, -1, "bad.ini"},
-        {"page 0", range, 0, false, 27, -1, "bad.ini"},
-        {"page -1", range, -1, false, 27, -1, "bad.ini"},
-        {"page INT_MIN", range, INT_MIN, false, 27, -1, "bad.ini"},
-        {"page INT_MAX", range, INT_MAX, false, 27, -1, "bad.ini"},
-        {"walk that would not end", Head(2000000, 3, 1000000), 50, false, 9, 9, "bad.ini"},
-        {"first plane missing", Head(1, 2, 2) + "[Page1]\r\nPlane0=no.bmp\r\nPlane1=p1.bmp\r\n", 1, false, 9, 9,
-         "bad.ini"},
-        {"first plane one byte", Head(1, 2, 2) + "[Page1]\r\nPlane0=tiny.bmp\r\nPlane1=p1.bmp\r\n", 1, false, 9, 9,
-         "bad.ini"},
-        {"names itself, 1 plane", Head(1, 1, 1) + "[Page1]\r\n" + PlaneKeys(0, 1, "bad.ini"), 1, false, 9, 9,
-         "bad.ini"},
-        {"names itself, 3 planes", Head(1, 3, 3) + "[Page1]\r\n" + PlaneKeys(0, 3, "bad.ini"), 1, false, 9, 9,
-         "bad.ini"},
-        {"names itself, 255 planes", Head(1, 255, 255) + "[Page1]\r\n" + PlaneKeys(0, 255, "bad.ini"), 1, false, 9,
-         9, "bad.ini"},
+        {"empty", "", 1, false, 27, -1},
+        {"one byte", "\x01", 1, false, 27, -1},
+        {"keys missing", "[ColorFax]\r\nTotalPages=1\r\n" + page1, 1, false, 27, -1},
+        {"no pages", "[ColorFax]\r\nPlanes=1\r\nFiles=1\r\nBitsPixel=1\r\n" + page1, 1, false, 27, -1},
+        {"4 bits a pixel", Head(1, 4, 4, 4) + page1, 1, false, 27, -1},
+        {"page past the end", range, 3, false, 27, -1},
+        {"page 0", range, 0, false, 27, -1},
+        {"page -1", range, -1, false, 27, -1},
+        {"page INT_MIN", range, INT_MIN, false, 27, -1},
+        {"page INT_MAX", range, INT_MAX, false, 27, -1},
+        {"walk that would not end", Head(2000000, 3, 1000000), 50, false, 9, 9},
+        {"first plane missing", Head(1, 2, 2) + "[Page1]\r\nPlane0=no.bmp\r\nPlane1=p1.bmp\r\n", 1, false, 9, 9},
+        {"first plane one byte", Head(1, 2, 2) + "[Page1]\r\nPlane0=tiny.bmp\r\nPlane1=p1.bmp\r\n", 1, false, 9, 9},
+        {"names itself, 1 plane", Head(1, 1, 1) + self, 1, false, 9, 9},
+        {"names itself, 3 planes", Head(1, 3, 3) + self, 1, false, 9, 9},
+        {"names itself, 255 planes", Head(1, 255, 255) + self, 1, false, 9, 9},
         // The nesting is cut off in bounded time; the nested pages that did
         // load are merged as 1-bit rows into the lower bits.
-        {"names itself for later planes", Head(1, 255, 255) + page1 + PlaneKeys(1, 255, "bad.ini"), 1, true, 9, 9,
-         "bad.ini"},
+        {"names itself for later planes", Head(1, 255, 255) + page1 + PlaneKeys(1, 255, "bad.ini"), 1, true, 9, 9},
         // Merged as 1-bit rows without reaching outside either block.
-        {"planes of the wrong depth", Head(1, 3, 3) + page1 + "Plane1=p24.bmp\r\nPlane2=p8.bmp\r\n", 1, true, 27, -1,
-         "bad.ini"},
+        {"planes of the wrong depth", Head(1, 3, 3) + page1 + "Plane1=p24.bmp\r\nPlane2=p8.bmp\r\n", 1, true, 27, -1},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
@@ -218,8 +209,9 @@ TEST(BadDescriptor, RefusedOrCutShort) {
 
 // Pairs of source bits go to one target byte each, the first setting the
 // high-nibble bit, the second the low; a row ends at its last pixel, so
-// set bits in the padding behind it reach nothing.
-TEST(FaxMerge, HandChecked) {
+// set bits in the padding behind it reach nothing.  Planes of other sizes
+// and broken blocks stay inside both blocks.
+TEST(FaxMerge, HandCheckedAndInsideTheBlocks) {
     const struct { int plane, width; unsigned char first; Bytes target; } cases[] = {
         {0, 8, 0xB1, {0x80, 0x88, 0, 0x08}},
         {1, 8, 0xB1, {0x40, 0x44, 0, 0x04}},
@@ -244,9 +236,6 @@ TEST(FaxMerge, HandChecked) {
         GlobalFree(page);
         GlobalFree(plane);
     }
-}
-
-TEST(FaxMerge, TallerWiderAndTruncatedPlanesStayInside) {
     EXPECT_EQ(prism::CreateFaxPageDib(-5, 3, 0, 0), nullptr);
     EXPECT_EQ(prism::CreateFaxPageDib(0x7FFFFFFF, 0x7FFFFFFF, 0, 0), nullptr);
     HDIB page = prism::CreateFaxPageDib(4, 2, 0, 0);
