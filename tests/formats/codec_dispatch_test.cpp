@@ -96,9 +96,8 @@ TEST(LoadDispatch, EachFormatCallsItsEntryOnceAndFreesTheModule) {
 
 // The library's own reader and writer, no module.
 TEST(BmpRows, NeedNoModule) {
-    Bytes packed = PackedDib({13, 5, 4});
     ScratchFile file("bmp"), saved("save");
-    file.Write(BmpFile(packed));
+    file.Write(BmpFile(PackedDib({13, 5, 4})));
     CallLog log;
     int status = -1;
     HDIB dib = LoadImageIntoDIB(file.path(), 9, &status);

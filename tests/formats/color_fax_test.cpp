@@ -38,7 +38,8 @@ Bytes PlaneFile(int width, int height, PlaneFn fn, int bits = 1) {
 
 // The header and colour table a page of planes starts with.
 Bytes PageHead(int width, int height, int32_t xDpm, int32_t yDpm) {
-    BITMAPINFOHEADER h = {40, width, height, 1, 4, 0, static_cast<DWORD>(Stride(width, 4) * height), xDpm, yDpm, 16, 16};
+    const DWORD size = static_cast<DWORD>(Stride(width, 4) * height);
+    BITMAPINFOHEADER h = {40, width, height, 1, 4, 0, size, xDpm, yDpm, 16, 16};
     Bytes head(reinterpret_cast<unsigned char*>(&h), reinterpret_cast<unsigned char*>(&h) + 40);
     // Blue, green, red, 0: bit 3 red, bit 2 green, bit 1 blue, bit 0 raises 128 to 255.
     const Bytes table = {0, 0,   0,   0, 0,   0,   0,   0, 128, 0,   0,   0, 255, 0,   0,   0,
@@ -135,7 +136,8 @@ TEST(FileSections, WalkNumbersPagesAsTheFilesRun) {
         for (const std::string& line : log.Lines())
             if (line.rfind("ALDER32.DLL|LoadAlderIntoDIB|", 0) == 0) calls.push_back(line.substr(29));
         ASSERT_EQ(calls.size(), 3u) << w.page;
-        for (int i = 0; i < 3; ++i) EXPECT_EQ(calls[i].rfind(w.file + "|" + N(w.first + i) + "|null|", 0), 0u) << calls[i];
+        for (int i = 0; i < 3; ++i)
+            EXPECT_EQ(calls[i].rfind(w.file + "|" + N(w.first + i) + "|null|", 0), 0u) << calls[i];
         if (w.page == 1) {
             // Planes hold bytes 1, 2 and 3: hand-merged, pixel 6 is green
             // and blue (6), pixel 7 red and blue (10), the rest black.
