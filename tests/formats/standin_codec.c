@@ -1,17 +1,13 @@
-/* A stand-in codec module for the tests.  Built once per module file name
- * (STANDIN_MODULE, e.g. "ALDER32.DLL") with the entry points of that module
- * only.  Every load, unload and call appends one line to "codec-calls.log"
- * in the working directory, fields split by '|', so a test can see which
- * module and entry were reached, with which arguments, and that the module
- * was freed again.
- *
- * Load entries: a file whose name contains "fail" gives 0 and 55 through
- * the status (when one is given); any other gives a new 8 x 1 1-bit image
- * whose one pixel byte is the page number's low byte (0 when the entry has
- * no page), and 77 through the status.  Save entries return a number of
- * their own (11..18); MakeBeechFile also creates the file. */
+// A stand-in codec module, built once per module file name (STANDIN_MODULE,
+// e.g. "ALDER32.DLL") with that module's entry points only.  Every load,
+// unload and call appends "MODULE|what|arg|..." to "codec-calls.log" in the
+// working directory (pointers as 0x and all their hex digits, or "null").
+// Load entries: a name containing "fail" gives 0 and status 55; any other a
+// new 8 x 1 1-bit image whose pixel byte is the page's low byte, status 77;
+// the handle returned is the last field.  Save entries return 11..18.
 #include "prism32.h"
 
+#include <stdarg.h>
 #include <stdio.h>
 #include <string.h>
 
@@ -21,251 +17,98 @@
 #define STANDIN_EXPORT __attribute__((visibility("default")))
 #endif
 
-#if defined(__GNUC__)
-#define STANDIN_MAYBE_UNUSED __attribute__((unused))
-#else
-#define STANDIN_MAYBE_UNUSED
-#endif
-
-static void AppendText(char* line, size_t size, const char* text) {
-    size_t used = strlen(line);
-    if (!text) text = "(null)";
-    while (*text && used + 1 < size) line[used++] = *text++;
-    line[used] = 0;
-}
-
-STANDIN_MAYBE_UNUSED static void AppendHex(char* line, size_t size, const void* pointer) {
-    char digits[2 + 2 * sizeof(void*) + 1];
-    size_t value = (size_t)pointer;
-    int i, n = 0;
-    if (!pointer) {
-        AppendText(line, size, "null");
-        return;
-    }
-    digits[n++] = '0';
-    digits[n++] = 'x';
-    for (i = (int)(2 * sizeof(void*)) - 1; i >= 0; --i) digits[n++] = "0123456789abcdef"[(value >> (4 * i)) & 15];
-    digits[n] = 0;
-    AppendText(line, size, digits);
-}
-
-STANDIN_MAYBE_UNUSED static void AppendInt(char* line, size_t size, long long value) {
-    char digits[32];
-    snprintf(digits, sizeof(digits), "%lld", value);
-    AppendText(line, size, digits);
-}
-
-static void Record(const char* line) {
+// kinds: one letter per argument, s text, i int, u unsigned, p pointer.
+static void Log(const char* what, const char* kinds, ...) {
+    va_list args;
     FILE* log = fopen("codec-calls.log", "ab");
     if (!log) return;
-    fputs(line, log);
+    fprintf(log, "%s|%s", STANDIN_MODULE, what);
+    va_start(args, kinds);
+    for (; *kinds; ++kinds) {
+        if (*kinds == 's') fprintf(log, "|%s", va_arg(args, const char*));
+        else if (*kinds == 'i') fprintf(log, "|%d", va_arg(args, int));
+        else if (*kinds == 'u') fprintf(log, "|%u", va_arg(args, unsigned));
+        else {
+            size_t v = (size_t)va_arg(args, const void*), i = 2 * sizeof v;
+            fputs(v ? "|0x" : "|null", log);
+            while (v && i--) fputc("0123456789abcdef"[(v >> (4 * i)) & 15], log);
+        }
+    }
+    va_end(args);
     fputs("\n", log);
     fclose(log);
 }
 
-static void Begin(char* line, size_t size, const char* entry) {
-    line[0] = 0;
-    AppendText(line, size, STANDIN_MODULE);
-    AppendText(line, size, "|");
-    AppendText(line, size, entry);
-}
-
-#define FIELD_TEXT(s) (AppendText(line, sizeof(line), "|"), AppendText(line, sizeof(line), (s)))
-#define FIELD_INT(v) (AppendText(line, sizeof(line), "|"), AppendInt(line, sizeof(line), (long long)(v)))
-#define FIELD_PTR(p) (AppendText(line, sizeof(line), "|"), AppendHex(line, sizeof(line), (const void*)(p)))
-
-#if defined(STANDIN_LOAD_ALDER) || defined(STANDIN_LOAD_BIRCH) || defined(STANDIN_LOAD_CEDAR) || \
-    defined(STANDIN_LOAD_ELDER)
-/* A new image from the host's own block allocator, as a real reader's. */
-static HDIB MakeImage(const char* fileName, unsigned page, int* status, char* line, size_t size) {
-    HDIB dib = 0;
-    if (fileName && strstr(fileName, "fail")) {
-        if (status) *status = 55;
-    } else {
-        dib = GlobalAlloc(66, 40 + 8 + 4);
-        if (dib) {
-            unsigned char* p = (unsigned char*)GlobalLock(dib);
-            BITMAPINFOHEADER h;
-            memset(&h, 0, sizeof(h));
-            h.biSize = 40;
-            h.biWidth = 8;
-            h.biHeight = 1;
-            h.biPlanes = 1;
-            h.biBitCount = 1;
-            h.biSizeImage = 4;
-            h.biClrUsed = 2;
-            memcpy(p, &h, sizeof(h));
-            p[44] = p[45] = p[46] = 255; /* entry 1 white */
-            p[48] = (unsigned char)page;
-            GlobalUnlock(dib);
-        }
-        if (status) *status = 77;
-    }
-    AppendText(line, size, "|->");
-    AppendHex(line, size, dib);
+// A new image from the host's own block allocator, as a real reader's.
+__attribute__((unused)) static HDIB MakeImage(const char* fileName, unsigned page, int* status) {
+    const int fail = fileName && strstr(fileName, "fail");
+    HDIB dib = fail ? 0 : GlobalAlloc(66, 52);
+    unsigned char* p = dib ? (unsigned char*)GlobalLock(dib) : 0;
+    if (status) *status = fail ? 55 : 77;
+    if (!p) return dib;
+    memset(p, 0, 52);
+    p[0] = 40, p[4] = 8, p[8] = p[12] = p[14] = 1, p[20] = 4, p[32] = 2; // header
+    p[44] = p[45] = p[46] = 255;                                         // entry 1 white
+    p[48] = (unsigned char)page;
+    GlobalUnlock(dib);
     return dib;
 }
-#endif
+// Logs the arguments and the handle made.
+#define LOAD(name, params, page, status, kinds, ...)        \
+    STANDIN_EXPORT HDIB WINAPI name params {                \
+        HDIB dib = MakeImage(fileName, page, status);       \
+        Log(#name, kinds "p", __VA_ARGS__, (void*)dib);     \
+        return dib;                                         \
+    }
+#define SAVE(name, params, result, kinds, ...) \
+    STANDIN_EXPORT int WINAPI name params {    \
+        Log(#name, kinds, __VA_ARGS__);        \
+        return result;                         \
+    }
 
 #ifdef STANDIN_LOAD_ALDER
-STANDIN_EXPORT HDIB WINAPI LoadAlderIntoDIB(LPCSTR fileName, UINT page, int* status) {
-    char line[600];
-    HDIB dib;
-    Begin(line, sizeof(line), "LoadAlderIntoDIB");
-    FIELD_TEXT(fileName), FIELD_INT(page), FIELD_PTR(status);
-    dib = MakeImage(fileName, page, status, line, sizeof(line));
-    Record(line);
-    return dib;
-}
-STANDIN_EXPORT HDIB WINAPI LoadMapleIntoDIB(LPCSTR fileName, int reserved) {
-    char line[600];
-    HDIB dib;
-    Begin(line, sizeof(line), "LoadMapleIntoDIB");
-    FIELD_TEXT(fileName), FIELD_INT(reserved);
-    dib = MakeImage(fileName, 0, 0, line, sizeof(line));
-    Record(line);
-    return dib;
-}
+LOAD(LoadAlderIntoDIB, (LPCSTR fileName, UINT page, int* status), page, status, "sup", fileName, page, status)
+LOAD(LoadMapleIntoDIB, (LPCSTR fileName, int reserved), 0, 0, "si", fileName, reserved)
 #endif
-
 #ifdef STANDIN_LOAD_BIRCH
-STANDIN_EXPORT HDIB WINAPI LoadBirchIntoDIB(LPCSTR fileName, int* status) {
-    char line[600];
-    HDIB dib;
-    Begin(line, sizeof(line), "LoadBirchIntoDIB");
-    FIELD_TEXT(fileName), FIELD_PTR(status);
-    dib = MakeImage(fileName, 0, status, line, sizeof(line));
-    Record(line);
-    return dib;
-}
-STANDIN_EXPORT HDIB WINAPI LoadBeechIntoDIB(LPCSTR fileName, UINT page, int* status) {
-    char line[600];
-    HDIB dib;
-    Begin(line, sizeof(line), "LoadBeechIntoDIB");
-    FIELD_TEXT(fileName), FIELD_INT(page), FIELD_PTR(status);
-    dib = MakeImage(fileName, page, status, line, sizeof(line));
-    Record(line);
-    return dib;
-}
+LOAD(LoadBirchIntoDIB, (LPCSTR fileName, int* status), 0, status, "sp", fileName, status)
+LOAD(LoadBeechIntoDIB, (LPCSTR fileName, UINT page, int* status), page, status, "sup", fileName, page, status)
 #endif
-
 #ifdef STANDIN_LOAD_CEDAR
-STANDIN_EXPORT HDIB WINAPI LoadCedarIntoDIB(LPCSTR fileName, UINT page, int* status) {
-    char line[600];
-    HDIB dib;
-    Begin(line, sizeof(line), "LoadCedarIntoDIB");
-    FIELD_TEXT(fileName), FIELD_INT(page), FIELD_PTR(status);
-    dib = MakeImage(fileName, page, status, line, sizeof(line));
-    Record(line);
-    return dib;
-}
+LOAD(LoadCedarIntoDIB, (LPCSTR fileName, UINT page, int* status), page, status, "sup", fileName, page, status)
 #endif
-
 #ifdef STANDIN_LOAD_ELDER
-STANDIN_EXPORT HDIB WINAPI LoadElderIntoDIB(LPCSTR fileName, int reserved) {
-    char line[600];
-    HDIB dib;
-    Begin(line, sizeof(line), "LoadElderIntoDIB");
-    FIELD_TEXT(fileName), FIELD_INT(reserved);
-    dib = MakeImage(fileName, 0, 0, line, sizeof(line));
-    Record(line);
-    return dib;
-}
+LOAD(LoadElderIntoDIB, (LPCSTR fileName, int reserved), 0, 0, "si", fileName, reserved)
 #endif
-
 #ifdef STANDIN_SAVE_ALDER
-STANDIN_EXPORT int WINAPI SaveDIBInAlderFormat(LPCSTR fileName, HDIB dib, int option2, int one) {
-    char line[600];
-    Begin(line, sizeof(line), "SaveDIBInAlderFormat");
-    FIELD_TEXT(fileName), FIELD_PTR(dib), FIELD_INT(option2), FIELD_INT(one);
-    Record(line);
-    return 11;
-}
-STANDIN_EXPORT int WINAPI SAVEDIBINMAPLEFORMAT(LPCSTR fileName, HDIB dib, int zero1, int zero2, int zero3) {
-    char line[600];
-    Begin(line, sizeof(line), "SAVEDIBINMAPLEFORMAT");
-    FIELD_TEXT(fileName), FIELD_PTR(dib), FIELD_INT(zero1), FIELD_INT(zero2), FIELD_INT(zero3);
-    Record(line);
-    return 17;
-}
+SAVE(SaveDIBInAlderFormat, (LPCSTR fileName, HDIB dib, int option2, int one), 11, "spii", fileName, dib, option2, one)
+SAVE(SAVEDIBINMAPLEFORMAT, (LPCSTR fileName, HDIB dib, int a, int b, int c), 17, "spiii", fileName, dib, a, b, c)
 #endif
-
 #ifdef STANDIN_SAVE_BIRCH
-STANDIN_EXPORT int WINAPI SaveDIBInBirchFormat(LPCSTR fileName, HDIB dib, int* status) {
-    char line[600];
-    Begin(line, sizeof(line), "SaveDIBInBirchFormat");
-    FIELD_TEXT(fileName), FIELD_PTR(dib), FIELD_PTR(status);
-    Record(line);
-    if (status) *status = 5;
-    return 12;
-}
-STANDIN_EXPORT int WINAPI MakeBeechFile(LPCSTR fileName, int* status) {
-    char line[600];
-    FILE* made;
-    Begin(line, sizeof(line), "MakeBeechFile");
-    FIELD_TEXT(fileName), FIELD_PTR(status);
-    Record(line);
-    made = fileName ? fopen(fileName, "wb") : 0;
-    if (made) fclose(made);
-    if (status) *status = 6;
-    return 13;
-}
-STANDIN_EXPORT int WINAPI SaveDIBInBeechFormat(LPCSTR fileName, HDIB dib, int* status) {
-    char line[600];
-    Begin(line, sizeof(line), "SaveDIBInBeechFormat");
-    FIELD_TEXT(fileName), FIELD_PTR(dib), FIELD_PTR(status);
-    Record(line);
-    if (status) *status = 7;
-    return 14;
-}
+SAVE(SaveDIBInBirchFormat, (LPCSTR fileName, HDIB dib, int* status), 12, "spp", fileName, dib, status)
+SAVE(MakeBeechFile, (LPCSTR fileName, int* status), 13, "sp", fileName, status)
+SAVE(SaveDIBInBeechFormat, (LPCSTR fileName, HDIB dib, int* status), 14, "spp", fileName, dib, status)
 #endif
-
 #ifdef STANDIN_SAVE_CEDAR
-STANDIN_EXPORT int WINAPI SaveDIBInCedarFormat(LPCSTR fileName, HDIB dib, int option1, int* status) {
-    char line[600];
-    Begin(line, sizeof(line), "SaveDIBInCedarFormat");
-    FIELD_TEXT(fileName), FIELD_PTR(dib), FIELD_INT(option1), FIELD_PTR(status);
-    Record(line);
-    return 15;
-}
+SAVE(SaveDIBInCedarFormat, (LPCSTR fileName, HDIB dib, int option1, int* status), 15, "spip", fileName, dib, option1,
+     status)
 #endif
-
 #ifdef STANDIN_SAVE_ELDER
-STANDIN_EXPORT int WINAPI SaveDIBInElderFormat(LPCSTR fileName, HDIB dib, int flag, int one) {
-    char line[600];
-    Begin(line, sizeof(line), "SaveDIBInElderFormat");
-    FIELD_TEXT(fileName), FIELD_PTR(dib), FIELD_INT(flag), FIELD_INT(one);
-    Record(line);
-    return 16;
-}
+SAVE(SaveDIBInElderFormat, (LPCSTR fileName, HDIB dib, int flag, int one), 16, "spii", fileName, dib, flag, one)
 #endif
-
 #ifdef STANDIN_SAVE_HAZEL
-STANDIN_EXPORT int WINAPI SaveDIBInHazelFile(LPCSTR fileName, HDIB dib, int quality) {
-    char line[600];
-    Begin(line, sizeof(line), "SaveDIBInHazelFile");
-    FIELD_TEXT(fileName), FIELD_PTR(dib), FIELD_INT(quality);
-    Record(line);
-    return 18;
-}
+SAVE(SaveDIBInHazelFile, (LPCSTR fileName, HDIB dib, int quality), 18, "spi", fileName, dib, quality)
 #endif
 
-/* Loading and freeing, seen from inside the module. */
-static void RecordEvent(const char* what) {
-    char line[64];
-    Begin(line, sizeof(line), what);
-    Record(line);
-}
-
+// Loading and freeing, seen from inside the module.
 #ifdef _WIN32
 BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID reserved) {
-    (void)instance;
-    (void)reserved;
-    if (reason == 1) RecordEvent("load");   /* DLL_PROCESS_ATTACH */
-    if (reason == 0) RecordEvent("unload"); /* DLL_PROCESS_DETACH */
+    (void)instance, (void)reserved;
+    if (reason == 1) Log("load", "");   // DLL_PROCESS_ATTACH
+    if (reason == 0) Log("unload", ""); // DLL_PROCESS_DETACH
     return TRUE;
 }
 #else
-__attribute__((constructor)) static void StandinLoaded(void) { RecordEvent("load"); }
-__attribute__((destructor)) static void StandinUnloaded(void) { RecordEvent("unload"); }
+__attribute__((constructor)) static void StandinLoaded(void) { Log("load", ""); }
+__attribute__((destructor)) static void StandinUnloaded(void) { Log("unload", ""); }
 #endif
