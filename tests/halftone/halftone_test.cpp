@@ -1,100 +1,99 @@
-// Halftone through its export: the error word, thresholds, the screen, the
-// 24-bit row mapping and the pure tones.
+// Halftone through its export: the 16-bit error word, every depth and
+// method, thresholds and brightness, the screen, the 24-bit row mapping.
+#include "halftone/dither.h"
 #include "halftone/reduce_util.h"
 
 #include "core/errors.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <string>
+
 using namespace reduce_test;
-using testing_support::PixelAt;
 
 namespace {
 
-Bytes Half(const Bytes& dib, WORD method, int brightness, WORD* error = nullptr) {
-    WORD local = 0xBEEF;
-    WORD* word = error ? error : &local;
-    return RunOn(dib, [&](HGLOBAL block) { return Halftone(block, method, brightness, word); });
+Bytes Half(const Bytes& dib, WORD method, int brightness) {
+    WORD error = 0xBEEF;
+    Bytes out = RunOn(dib, [&](HGLOBAL block) { return Halftone(block, method, brightness, &error); });
+    EXPECT_EQ(error, 0xBEEF);  // a success leaves the error word alone
+    return out;
 }
 
-TEST(Halftone, ErrorWordCodesAndLocks) {
-    prism::LastImgError = 12;
-    WORD error = 0;
-    EXPECT_EQ(Halftone(nullptr, 0, 0, &error), nullptr);
-    EXPECT_EQ(error, 8);
-
-    HGLOBAL block = testing_support::BlockFrom(FlatGrey(8, 4, 8, 77));
-    error = 0;
-    EXPECT_EQ(Halftone(block, 3, 0, &error), nullptr);
-    EXPECT_EQ(error, 8);
-    EXPECT_FALSE(StillLocked(block));
-    GlobalFree(block);
-
-    HGLOBAL empty = GlobalAlloc(GHND, 0);  // cannot be locked
-    error = 0;
-    EXPECT_EQ(Halftone(empty, 0, 0, &error), nullptr);
-    EXPECT_EQ(error, 1);
-    GlobalFree(empty);
-
-    for (int depth : {1, 16, 32}) {
-        testing_support::DibSpec spec;
-        spec.width = 8;
-        spec.height = 2;
-        spec.bitCount = depth;
-        spec.colors = depth == 1 ? 2 : 0;
-        HGLOBAL other = testing_support::BlockFrom(testing_support::PackedDib(spec));
-        error = 0;
-        EXPECT_EQ(Halftone(other, 0, 0, &error), nullptr) << depth;
-        EXPECT_EQ(error, 8) << depth;
-        EXPECT_TRUE(StillLocked(other)) << depth;  // a refused depth leaves the lock standing
-        GlobalUnlock(other);
-        GlobalFree(other);
-    }
+TEST(Halftone, FailuresWriteOnlyTheSixteenBitErrorWord) {
+    Bytes compressed = FlatGrey(8, 2, 8, 200);
+    compressed[16] = 1;  // RLE8 is not looked at
+    struct Case {
+        const char* what;
+        Bytes dib;  // empty: a block that cannot be locked
+        WORD method;
+        WORD code;  // 0: success
+        char lock;  // L: left locked once more, u: unlocked, -: no block
+    } cases[] = {
+        {"null handle", {}, 0, 8, '-'},         {"unlockable", {}, 0, 1, '-'},
+        {"method 3", FlatGrey(8, 4, 8, 77), 3, 8, 'u'},
+        {"1-bit", FlatGrey(8, 2, 1, 0), 0, 8, 'L'}, {"16-bit", FlatGrey(8, 2, 16, 0), 0, 8, 'L'},
+        {"32-bit", FlatGrey(8, 2, 32, 0), 0, 8, 'L'}, {"12 bytes: depth 0", Bytes(12, 0), 0, 8, 'L'},
+        {"compressed source accepted", compressed, 1, 0, 'u'},
+    };
+    std::vector<Case> all(std::begin(cases), std::end(cases));
     for (int depth : {4, 8, 24}) {
-        for (auto size : {std::pair<int, int>{8, 0}, {0, 3}}) {
-            HGLOBAL none = testing_support::BlockFrom(FlatGrey(size.first, size.second, depth, 9));
-            error = 0;
-            EXPECT_EQ(Halftone(none, 1, 0, &error), nullptr);
-            EXPECT_EQ(error, 1);
-            EXPECT_FALSE(StillLocked(none));
-            GlobalFree(none);
-        }
+        all.push_back({"no rows", FlatGrey(8, 0, depth, 9), 1, 1, 'u'});
+        all.push_back({"no columns", FlatGrey(0, 3, depth, 9), 1, 1, 'u'});
     }
-    EXPECT_EQ(ImgError(), 12);  // the library's code is never touched
+    for (const Case& c : all) {
+        SCOPED_TRACE(c.what);
+        HGLOBAL block = std::string(c.what) == "null handle" ? nullptr : testing_support::BlockFrom(c.dib);
+        WORD words[2] = {0xBEEF, 0xBEEF};
+        prism::LastImgError = 12;
+        HDIB result = Halftone(block, c.method, 0, &words[0]);
+        EXPECT_EQ(result != nullptr, c.code == 0);
+        EXPECT_EQ(words[0], c.code ? c.code : 0xBEEF);
+        EXPECT_EQ(words[1], 0xBEEF);  // only 16 bits are written
+        EXPECT_EQ(ImgError(), 12);    // the library's code is never touched
+        if (c.lock != '-') { EXPECT_EQ(StillLocked(block), c.lock == 'L'); }
+        if (c.lock == 'L') GlobalUnlock(block);
+        if (result) GlobalFree(result);
+        if (block) GlobalFree(block);
+    }
 }
 
-TEST(Halftone, SuccessLeavesTheErrorWordAndHeader) {
+// Every source depth with every method.
+TEST(Halftone, EveryDepthAndMethod) {
     for (int depth : {4, 8, 24}) {
         for (WORD method : {0, 1, 2}) {
-            prism::LastImgError = 12;
-            WORD error = 4321;
-            Bytes out = Half(FlatGrey(19, 6, depth, 200), method, 0, &error);
-            ASSERT_FALSE(out.empty()) << depth << " " << method;
-            EXPECT_EQ(error, 4321);
-            EXPECT_EQ(ImgError(), 12);
-            const size_t stride = testing_support::Stride(19, 1);
-            ASSERT_EQ(out.size(), 48 + 6 * stride);
-            EXPECT_EQ(Get32(out, 0), 40u);
-            EXPECT_EQ(Get32(out, 4), 19u);
-            EXPECT_EQ(Get32(out, 8), 6u);
-            EXPECT_EQ(out[12], 1);
-            EXPECT_EQ(out[14], 1);
-            EXPECT_EQ(Get32(out, 20), 6 * stride);
-            EXPECT_EQ(Get32(out, 24), 1234u);
-            EXPECT_EQ(Get32(out, 28), 5678u);
-            EXPECT_EQ(Get32(out, 32), 2u);
-            EXPECT_EQ(Get32(out, 40), 0u);
-            EXPECT_EQ(Get32(out, 44), 0x00FFFFFFu);
+            SCOPED_TRACE("depth " + std::to_string(depth) + " method " + std::to_string(method));
+            // Header and palette as the dithers' 1-bit result, pinned by the same hash.
+            Bytes out = Half(FlatGrey(13, 5, depth, 200), method, 0);
+            ASSERT_EQ(out.size(), 48 + 5 * testing_support::Stride(13, 1));
+            EXPECT_EQ(Fnv(out, 48), 0x61002994u);
+            // Pure tones, thin images included.  White misses the one screen
+            // cell of 255; at 24 bits only row 0 shows source row 0.
+            for (auto [w, h] : {std::pair{1, 1}, {1, 9}, {9, 1}, {37, 33}}) {
+                EXPECT_EQ(CountOf(Half(FlatGrey(w, h, depth, 0), method, 0), 0), w * h) << w << "x" << h;
+                Bytes white = Half(FlatGrey(w, h, depth, 255), method, 0);
+                ASSERT_FALSE(white.empty());
+                for (int y = 0; y < (depth == 24 ? 1 : h); ++y)
+                    for (int x = 0; x < w; ++x)
+                        EXPECT_EQ(PixelAt(white, x, y), method == 2 && x % 16 == 0 && y % 16 == 15 ? 0u : 1u)
+                            << w << "x" << h << " at " << x << "," << y;
+            }
+            // Header and table without rows: the missing rows read 0.
+            Bytes cut = FlatGrey(13, 7, depth, 255);
+            cut.resize(40 + (depth == 24 ? 0 : 4u << depth));
+            EXPECT_EQ(CountOf(Half(cut, method, 0), 0), 13 * 7);
         }
     }
 }
 
-TEST(Halftone, ThresholdAtKnownGreyValues) {
-    // 8-bit grey ramp: 128 is black, 129 white; brightness moves the step.
+TEST(Halftone, ThresholdAndBrightnessOffset) {
+    // 8-bit grey 126..131: 128 is black, 129 white; brightness moves the
+    // step and is limited to 0..255 without overflow.
     Bytes src = MakeDib(6, 1, 8, [](int x, int) { return static_cast<unsigned>(126 + x); });
     struct Case {
         int brightness;
-        unsigned bits[6];  // grey 126..131
+        unsigned bits[6];
     } cases[] = {{0, {0, 0, 0, 1, 1, 1}}, {-1, {0, 0, 0, 0, 1, 1}}, {3, {1, 1, 1, 1, 1, 1}},
                  {-2000000000, {0, 0, 0, 0, 0, 0}}, {2000000000, {1, 1, 1, 1, 1, 1}}};
     for (const Case& c : cases) {
@@ -102,86 +101,38 @@ TEST(Halftone, ThresholdAtKnownGreyValues) {
         ASSERT_FALSE(out.empty());
         for (int x = 0; x < 6; ++x) EXPECT_EQ(PixelAt(out, x, 0), c.bits[x]) << c.brightness << " x " << x;
     }
-    // The same through a 24-bit colour: (59 G + 11 B + 30 R) / 100.
-    Bytes colour = MakeDib(2, 1, 24, [](int x, int) { return x ? 0x2DC837u : 0x2DC836u; });
-    // x = 0: (59*200 + 11*54 + 30*45) / 100 = 137; x = 1: 137 as well.
-    Bytes out = Half(colour, 0, -8);
-    EXPECT_EQ(PixelAt(out, 0, 0), 1u);
-    out = Half(colour, 0, -9);
-    EXPECT_EQ(PixelAt(out, 0, 0), 0u);
+    // 24 bits: grey (59 G + 11 B + 30 R) / 100 = (11800 + 594 + 1350) / 100 = 137.
+    Bytes colour = MakeDib(1, 1, 24, [](int, int) { return 0x2DC836u; });
+    EXPECT_EQ(PixelAt(Half(colour, 0, -8), 0, 0), 1u);
+    EXPECT_EQ(PixelAt(Half(colour, 0, -9), 0, 0), 0u);
 }
 
-TEST(Halftone, ScreenIsRecoveredFromTheOutput) {
-    // A black 16 by 16 image lifted by brightness g: a cell is white exactly
-    // when its screen value is below g.
-    unsigned screen[16][16];
-    for (int depth : {4, 8}) {
-        for (auto& row : screen)
-            for (unsigned& v : row) v = 999;
-        for (int g = 1; g <= 256; ++g) {
-            Bytes out = Half(FlatGrey(16, 16, depth, 0), 2, g);
+TEST(Halftone, OrderedScreenByRowAndColumn) {
+    // A black image lifted by brightness g: a cell is white exactly when its
+    // screen value (row y mod 16, column x mod 16) is below g.  Grey is g
+    // everywhere, so the 24-bit row mapping makes no difference.
+    unsigned char screen[256];
+    prism::BuildHalftoneScreen(screen);
+    for (int depth : {4, 8, 24}) {
+        for (int g : {1, 64, 128, 200, 255, 300}) {
+            Bytes out = Half(FlatGrey(37, 33, depth, 0), 2, g);
             ASSERT_FALSE(out.empty());
-            int whites = 0;
-            for (int y = 0; y < 16; ++y) {
-                for (int x = 0; x < 16; ++x) {
-                    if (!PixelAt(out, x, y)) continue;
-                    ++whites;
-                    if (screen[y][x] == 999) screen[y][x] = static_cast<unsigned>(g - 1);
-                }
-            }
-            EXPECT_EQ(whites, g < 256 ? g : 255) << g;  // 255 leaves the one cell of 255 black
+            for (int y = 0; y < 33; ++y)
+                for (int x = 0; x < 37; ++x)
+                    EXPECT_EQ(PixelAt(out, x, y), screen[16 * (y % 16) + x % 16] < std::min(g, 255) ? 1u : 0u)
+                        << depth << " g " << g << " at " << x << "," << y;
         }
-        const unsigned first[3][8] = {{0, 128, 32, 160, 8, 136, 40, 168},
-                                      {192, 64, 224, 96, 200, 72, 232, 104},
-                                      {48, 176, 16, 144, 56, 184, 24, 152}};
-        for (int y = 0; y < 3; ++y)
-            for (int x = 0; x < 8; ++x) EXPECT_EQ(screen[y][x], first[y][x]) << depth << ": " << y << "," << x;
-        EXPECT_EQ(screen[15][1], 127u);
-        EXPECT_EQ(screen[15][0], 999u);  // 255: never white
-    }
-}
-
-TEST(Halftone, PureTonesAndTheOneBlackCellOfTheScreen) {
-    for (int depth : {4, 8, 24}) {
-        for (WORD method : {0, 1, 2}) {
-            const int w = 37, h = 33;
-            Bytes black = Half(FlatGrey(w, h, depth, 0), method, 0);
-            Bytes white = Half(FlatGrey(w, h, depth, 255), method, 0);
-            ASSERT_FALSE(black.empty());
-            ASSERT_FALSE(white.empty());
-            for (int y = 0; y < h; ++y) {
-                for (int x = 0; x < w; ++x) {
-                    EXPECT_EQ(PixelAt(black, x, y), 0u) << depth << " " << method;
-                    if (depth == 24) continue;  // 24-bit rows map elsewhere, see below
-                    const unsigned expected = method == 2 && x % 16 == 0 && y % 16 == 15 ? 0 : 1;
-                    EXPECT_EQ(PixelAt(white, x, y), expected) << depth << " " << method << " " << x << "," << y;
-                }
-            }
-        }
-    }
-}
-
-TEST(Halftone, OrderedScreenOfMidGreyIsExactlyHalf) {
-    for (int depth : {4, 8, 24}) {
-        Bytes out = Half(FlatGrey(32, 48, depth, 0), 2, 128);
-        EXPECT_DOUBLE_EQ(WhiteFraction(out), 0.5) << depth;
     }
 }
 
 TEST(Halftone, DiffusionDensityRisesWithTheGreyLevel) {
-    // The kernel keeps about three quarters of each error, so a dark field
-    // never reaches the threshold, while mid-grey comes out near half.
+    // The kernel keeps about three quarters of each error: dark fields stay
+    // dark, mid-grey comes out near half.
     for (int depth : {4, 8, 24}) {
         double previous = -1;
-        for (int g : {0, 34, 68, 119, 136, 170, 221, 255}) {
-            double d = WhiteFraction(Half(FlatGrey(64, 64, depth, static_cast<unsigned>(g)), 1, 0));
-            if (g == 0) {
-                EXPECT_EQ(d, 0.0);
-            } else if (g == 255 && depth != 24) {
-                EXPECT_EQ(d, 1.0);
-            } else if (g == 136 && depth != 24) {
-                EXPECT_NEAR(d, 0.5, 0.15);
-            }
+        for (unsigned g : {0u, 34u, 68u, 119u, 136u, 170u, 221u, 255u}) {
+            double d = WhiteFraction(Half(FlatGrey(64, 64, depth, g), 1, 0));
+            if (g == 136 && depth != 24) { EXPECT_NEAR(d, 0.5, 0.15); }
             EXPECT_GE(d, previous) << depth << " grey " << g;
             previous = d;
         }
@@ -194,9 +145,8 @@ TEST(Halftone, FourAndEightBitRowsMapOneToOne) {
     Bytes eight = MakeDib(21, 9, 8, [&](int x, int y) { return level(x, y) * 17; });
     for (WORD method : {0, 1, 2}) {
         Bytes a = Half(four, method, 5);
-        Bytes b = Half(eight, method, 5);
         ASSERT_FALSE(a.empty());
-        EXPECT_EQ(a, b) << method;
+        EXPECT_EQ(a, Half(eight, method, 5)) << method;
     }
     Bytes out = Half(eight, 0, 0);
     for (int y = 0; y < 9; ++y)
@@ -208,52 +158,25 @@ TEST(Halftone, TwentyFourBitRowsAreReadAtThreeTimesThePitch) {
     // y shows source row 3 y, and rows past the last third are grey
     // `brightness`.
     Bytes src = MakeDib(16, 7, 24, [](int, int y) { return y % 3 == 0 ? 0xFFFFFFu : 0u; });
-    Bytes out = Half(src, 0, 0);
-    ASSERT_FALSE(out.empty());
-    const unsigned rows[7] = {1, 1, 1, 0, 0, 0, 0};  // rows 0, 3, 6, then zero planes
-    for (int y = 0; y < 7; ++y)
-        for (int x = 0; x < 16; ++x) EXPECT_EQ(PixelAt(out, x, y), rows[y]) << x << "," << y;
-    Bytes lifted = Half(src, 0, 200);
-    for (int x = 0; x < 16; ++x) EXPECT_EQ(PixelAt(lifted, x, 6), 1u);
-
+    for (int brightness : {0, 200}) {
+        Bytes out = Half(src, 0, brightness);
+        ASSERT_FALSE(out.empty());
+        for (int y = 0; y < 7; ++y)  // rows 0, 3 and 6, then zero planes
+            for (int x = 0; x < 16; ++x) EXPECT_EQ(PixelAt(out, x, y), y < 3 || brightness > 128 ? 1u : 0u) << x << "," << y;
+    }
     // Width 6: stride 20, split rows of 8 pixels.  Output row 1 covers plane
     // positions 20..25: split row 2, columns 4..7, then split row 3, columns
-    // 0 and 1.  Columns 6 and 7 of a split row lie past the width and take
-    // the row's padding and the first bytes of the next row.
+    // 0 and 1.  Column 6 of a split row is padding, padding and the blue of
+    // (0, 3): grey 28; column 7 the green and red of (0, 3), blue of (1, 3):
+    // grey 226.
     Bytes wide = MakeDib(6, 5, 24, [](int x, int y) { return y == 3 && x == 0 ? 0xFFFFFFu : 0u; });
     Bytes n = Half(wide, 0, 0);
     ASSERT_FALSE(n.empty());
-    // Column 6: padding, padding, blue of (0, 3): grey 28.  Column 7: green
-    // and red of (0, 3), blue of (1, 3): grey 226.
     const unsigned row1[6] = {0, 0, 0, 1, 1, 0};
     for (int x = 0; x < 6; ++x) {
         EXPECT_EQ(PixelAt(n, x, 0), 0u) << x;
         EXPECT_EQ(PixelAt(n, x, 1), row1[x]) << x;
     }
-}
-
-TEST(Halftone, ThinAndTruncatedImages) {
-    for (int depth : {4, 8, 24}) {
-        for (WORD method : {0, 1, 2}) {
-            for (auto size : {std::pair<int, int>{1, 1}, {1, 9}, {9, 1}}) {
-                Bytes out = Half(FlatGrey(size.first, size.second, depth, 255), method, 0);
-                ASSERT_FALSE(out.empty());
-                EXPECT_EQ(PixelAt(out, 0, 0), 1u) << depth << " " << method;
-            }
-            // Header and table without rows: the missing rows read 0.
-            Bytes cut = FlatGrey(13, 7, depth, 255);
-            cut.resize(40 + (depth == 24 ? 0 : 4u << depth));
-            Bytes out = Half(cut, method, 0);
-            ASSERT_FALSE(out.empty());
-            EXPECT_EQ(WhiteFraction(out), 0.0);
-        }
-    }
-    HGLOBAL tiny = GlobalAlloc(GHND, 12);
-    WORD error = 0;
-    EXPECT_EQ(Halftone(tiny, 0, 0, &error), nullptr);
-    EXPECT_EQ(error, 8);  // the depth reads 0
-    GlobalUnlock(tiny);
-    GlobalFree(tiny);
 }
 
 }  // namespace
