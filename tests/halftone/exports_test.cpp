@@ -23,12 +23,14 @@ using testing_support::PixelAt;
 // and resolution 1234 by 5678.  pixel(x, y), y as stored (bottom row
 // first), is an index at 4 and 8 bits and 0xRRGGBB at 24.
 Bytes MakeDib(int width, int height, int depth, std::function<unsigned(int, int)> pixel) {
+    // PackedDib takes a plain function pointer (y from the top): the
+    // capturing function is handed over through these two statics.
     static std::function<unsigned(int, int)> current;
     static int rows;
     current = std::move(pixel);
     rows = height;
-    const testing_support::DibSpec spec{width, height, depth};
-    Bytes b = testing_support::PackedDib(spec, [](int x, int y) { return current(x, rows - 1 - y); });
+    const testing_support::DibSpec shape{width, height, depth};
+    Bytes b = testing_support::PackedDib(shape, [](int x, int y) { return current(x, rows - 1 - y); });
     for (int i = 0, n = depth <= 8 ? 1 << depth : 0; i < n; ++i) std::memset(&b[40 + 4 * i], i * 255 / (n - 1), 3);
     const unsigned char resolution[8] = {0xD2, 0x04, 0, 0, 0x2E, 0x16, 0, 0};  // 1234, 5678
     std::memcpy(&b[24], resolution, 8);
@@ -193,8 +195,8 @@ TEST(Dither, PixelsStartBehindAFullTableWhateverClrUsedSays) {
     // A white 8-bit image with a table of two entries: the dithers look for
     // pixels behind 256 entries, past the end of the block, and read 0,
     // entry 0, black.  Halftone follows biClrUsed and sees white.
-    const testing_support::DibSpec spec{4, 3, 8, 2, 2};  // 4 by 3, 8 bits, two entries, biClrUsed 2
-    Bytes dib = testing_support::PackedDib(spec, [](int, int) { return 1u; });
+    const testing_support::DibSpec shape{4, 3, 8, 2, 2};  // 4 by 3, 8 bits, two entries, biClrUsed 2
+    Bytes dib = testing_support::PackedDib(shape, [](int, int) { return 1u; });
     std::memset(&dib[40], 0, 3);
     std::memset(&dib[44], 255, 3);
     for (const Export& e : kExports) EXPECT_EQ(Share(Dither(e, dib, 1), 1), 0.0) << e.name;
