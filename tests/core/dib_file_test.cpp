@@ -62,6 +62,8 @@ TEST_F(DibFileTest, BmpWithInfoHeaderLoadsAsStoredAndSavesBackByteForByte) {
     }
 }
 
+// A 12-byte header turns into the 40-byte header of the same image, with
+// 4-byte table entries, no resolution, and both colour counts filled in.
 TEST_F(DibFileTest, CoreHeaderBecomesAnInfoHeaderWithFourByteEntries) {
     for (const DepthCase& d : kDepths) {
         DibSpec spec;
@@ -69,36 +71,17 @@ TEST_F(DibFileTest, CoreHeaderBecomesAnInfoHeaderWithFourByteEntries) {
         spec.height = d.height;
         spec.bitCount = d.bitCount;
         spec.coreHeader = true;
-        Bytes core = PackedDib(spec);
         ScratchFile in("core");
-        in.Write(BmpFile(core));
+        in.Write(BmpFile(PackedDib(spec)));
 
-        Bytes got = LoadBytes(in.path());
-        ASSERT_FALSE(got.empty()) << d.bitCount;
         const std::uint32_t colors = d.bitCount <= 8 ? 1u << d.bitCount : 0;
-        const size_t stride = Stride(d.width, d.bitCount);
-        ASSERT_EQ(got.size(), 40 + colors * 4 + stride * d.height);
-        BITMAPINFOHEADER h;
-        std::memcpy(&h, got.data(), sizeof(h));
-        EXPECT_EQ(h.biSize, 40u);
-        EXPECT_EQ(h.biWidth, d.width);
-        EXPECT_EQ(h.biHeight, d.height);
-        EXPECT_EQ(h.biPlanes, 1);
-        EXPECT_EQ(h.biBitCount, d.bitCount);
-        EXPECT_EQ(h.biCompression, 0u);
-        EXPECT_EQ(h.biSizeImage, stride * d.height);
-        EXPECT_EQ(h.biXPelsPerMeter, 0);
-        EXPECT_EQ(h.biClrUsed, colors);
-        EXPECT_EQ(h.biClrImportant, colors);
-        for (std::uint32_t i = 0; i < colors; ++i) {
-            EXPECT_EQ(got[40 + i * 4], core[12 + i * 3]);
-            EXPECT_EQ(got[40 + i * 4 + 1], core[12 + i * 3 + 1]);
-            EXPECT_EQ(got[40 + i * 4 + 2], core[12 + i * 3 + 2]);
-            EXPECT_EQ(got[40 + i * 4 + 3], 0);
-        }
-        for (int y = 0; y < d.height; ++y)
-            for (int x = 0; x < d.width; ++x)
-                ASSERT_EQ(PixelAt(got, x, y), PixelAt(core, x, y)) << d.bitCount << " at " << x << "," << y;
+        spec.coreHeader = false;
+        spec.clrUsed = colors;
+        spec.sizeImage = static_cast<std::uint32_t>(Stride(d.width, d.bitCount) * d.height);
+        Bytes expected = PackedDib(spec);
+        std::memset(&expected[24], 0, 8);        // no resolution in a core header
+        std::memcpy(&expected[36], &colors, 4);  // biClrImportant
+        EXPECT_EQ(LoadBytes(in.path()), expected) << d.bitCount;
     }
 }
 
