@@ -23,8 +23,22 @@ bool Register(const Command& command) {
 
 const std::vector<Command>& Commands() { return Table(); }
 
+namespace {
+std::string& CurrentFileSlot() {
+    static std::string path;
+    return path;
+}
+}  // namespace
+
+const std::string& CurrentFile() { return CurrentFileSlot(); }
+void SetCurrentFile(const std::string& path) { CurrentFileSlot() = path; }
+
 int Fail(const std::string& message) {
-    std::fprintf(stderr, "prism: %s\n", message.c_str());
+    const std::string& file = CurrentFile();
+    if (!file.empty() && message.find(file) == std::string::npos)
+        std::fprintf(stderr, "prism: %s: %s\n", file.c_str(), message.c_str());
+    else
+        std::fprintf(stderr, "prism: %s\n", message.c_str());
     return kFailed;
 }
 
@@ -47,6 +61,7 @@ std::string LibraryError() {
 }
 
 HDIB LoadImageFile(const std::string& path) {
+    SetCurrentFile(path);
     SetImgError(0);
     HDIB dib = LoadDIBFromFile(path.c_str());
     if (!dib) Fail(path + ": " + LibraryError());
