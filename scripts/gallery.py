@@ -84,12 +84,12 @@ def main():
         "<style>",
         "body{font:14px/1.4 sans-serif;margin:1.5em;background:#f4f4f4;color:#222}",
         "h1{font-size:1.5em;margin:0 0 .2em}h2{font-size:1.2em;margin:1.6em 0 .5em;border-bottom:1px solid #ccc}",
-        ".grid{display:grid;grid-template-columns:repeat(auto-fill,minmax(420px,1fr));gap:12px}",
+        ".grid{display:grid;grid-template-columns:repeat(auto-fill,minmax(680px,1fr));gap:12px}",
         ".card{background:#fff;border:1px solid #ddd;border-radius:6px;padding:8px}",
         ".card.bad{border-color:#c33;background:#fff3f3}",
         ".pair{display:flex;gap:8px;align-items:flex-start}",
         "figure{margin:0;flex:1;min-width:0;text-align:center}",
-        "figure img{max-width:100%;max-height:220px;border:1px solid #bbb;background:"
+        "figure img{max-width:100%;max-height:360px;border:1px solid #bbb;background:"
         "repeating-conic-gradient(#ddd 0 25%,#fff 0 50%) 0 0/16px 16px}",
         "figcaption{font-size:12px;color:#555}.dim{color:#888}",
         ".op{margin-top:6px;font-weight:bold}",
@@ -101,7 +101,7 @@ def main():
         "<h1>prism: results of the main job</h1>",
         f"<p>{len(rows)} steps, {total_ms:.0f} ms in all, "
         f"{'all succeeded' if not failed else str(failed) + ' failed'}. "
-        "Each result stands beside its source; click an image for the BMP file.</p>",
+        "Each result stands beside its source at its own pixel size where it fits; click an image for the BMP file.</p>",
     ]
     for name, items in sections:
         out.append(f"<h2>{html.escape(name)}</h2>")

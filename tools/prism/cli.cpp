@@ -98,10 +98,11 @@ std::string Describe(HDIB dib) {
                               : h.biCompression == 1 ? "RLE8"
                               : h.biCompression == 2 ? "RLE4"
                                                      : "other";
+    char table[32] = "no colour table";
+    if (colors) std::snprintf(table, sizeof(table), "%u colour%s", colors, colors == 1 ? "" : "s");
     char line[160];
-    std::snprintf(line, sizeof(line), "%ld x %ld, %u bits, %u colours, compression %s",
-                  static_cast<long>(h.biWidth), static_cast<long>(h.biHeight), h.biBitCount, colors,
-                  compression);
+    std::snprintf(line, sizeof(line), "%ld x %ld, %u bit%s, %s, compression %s", static_cast<long>(h.biWidth),
+                  static_cast<long>(h.biHeight), h.biBitCount, h.biBitCount == 1 ? "" : "s", table, compression);
     return line;
 }
 

@@ -86,8 +86,8 @@ int Batch(const cli::Args& args) {
         if (slots == 2) {
             out = (fs::path(outDir) / (fs::path(in).stem().string() + suffix + extension)).string();
             if (SameFile(in, out)) {
-                std::fprintf(stdout, "[%zu/%zu] %s ... skipped: the output would overwrite the input\n", i + 1,
-                             total, in.c_str());
+                std::fprintf(stdout, "[%lu/%lu] %s ... skipped: the output would overwrite the input\n",
+                         static_cast<unsigned long>(i + 1), static_cast<unsigned long>(total), in.c_str());
                 ++failed;
                 continue;
             }
@@ -101,11 +101,12 @@ int Batch(const cli::Args& args) {
         const double ms = std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - t0).count();
         std::fflush(stderr);
         if (rc == cli::kOk) {
-            std::printf("[%zu/%zu] %s ... ok %.1f ms%s%s\n", i + 1, total, in.c_str(), ms, out.empty() ? "" : " -> ",
-                        out.c_str());
+            std::printf("[%lu/%lu] %s ... ok %.1f ms%s%s\n", static_cast<unsigned long>(i + 1),
+                        static_cast<unsigned long>(total), in.c_str(), ms, out.empty() ? "" : " -> ", out.c_str());
         } else {
             ++failed;
-            std::printf("[%zu/%zu] %s ... %s %.1f ms\n", i + 1, total, in.c_str(),
+            std::printf("[%lu/%lu] %s ... %s %.1f ms\n", static_cast<unsigned long>(i + 1),
+                        static_cast<unsigned long>(total), in.c_str(),
                         rc == cli::kUsage ? "usage error" : "failed", ms);
             if (rc == cli::kUsage) {  // the same arguments will not suit the next file either
                 std::fflush(stdout);
@@ -113,7 +114,8 @@ int Batch(const cli::Args& args) {
             }
         }
     }
-    std::printf("%zu files, %zu done, %d failed\n", total, total - static_cast<size_t>(failed), failed);
+    std::printf("%lu files, %lu done, %d failed\n", static_cast<unsigned long>(total),
+                static_cast<unsigned long>(total - static_cast<size_t>(failed)), failed);
     return failed ? cli::kFailed : cli::kOk;
 }
 
