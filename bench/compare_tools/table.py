@@ -14,6 +14,10 @@ LIB_PEERS = ["Pillow", "OpenCV", "FreeImage", "Leptonica"]
 CLI_PEERS = ["ImageMagick", "GraphicsMagick", "libvips"]
 
 
+def runs(n):
+    return "from a single run" if str(n) == "1" else f"the median of {n} runs"
+
+
 def num(text):
     try:
         return float(text)
@@ -94,8 +98,8 @@ def main():
     md.append("")
     md.append(f"Measured by `{command}` on {machine}, single-threaded for every library "
               "(a figure after a slash is the same peer with all its threads). In-process times are the median of "
-              f"{reps} runs on an image already in memory; whole-process times (command-line programs, which also "
-              f"load and save a BMP file) are the median of {cli_reps} runs. Times in milliseconds; "
+              f"{reps} runs on an image already in memory (page faults of the result included); whole-process times (command-line programs, which also "
+              f"load and save a BMP file) are {runs(cli_reps)}. Times in milliseconds; "
               "(N×) is the peer's time divided by ours, so above 1× means this library is faster. "
               "Inputs: 4000×3000 24-bit and 8-bit palette BMP, 6000×4000 1-bit BMP.")
     md.append("")
