@@ -27,6 +27,7 @@ def num(text):
 
 def main():
     raw, out_dir, command, reps, cli_reps, machine = sys.argv[1:7]
+    versions = sys.argv[7] if len(sys.argv) > 7 else ""
     rows = []
     with open(raw, encoding="utf-8") as f:
         for line in f:
@@ -102,6 +103,13 @@ def main():
               f"load and save a BMP file) are {runs(cli_reps)}. Times in milliseconds; "
               "(N×) is the peer's time divided by ours, so above 1× means this library is faster. "
               "Inputs: 4000×3000 24-bit and 8-bit palette BMP, 6000×4000 1-bit BMP.")
+    if versions:
+        md.append("")
+        md.append(f"Peers as packaged by Debian: {versions}.")
+    md.append("")
+    md.append("To measure again: `bench/compare` (installs the peers with apt-get where missing, builds this library "
+              "and small timing programs, generates the inputs; `--reps N` and `--cli-reps N` set the repetitions, "
+              "`--no-mt` skips the all-threads figures).")
     md.append("")
     md.append("### In-process (library calls)")
     md.append("")
