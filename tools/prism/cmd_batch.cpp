@@ -34,7 +34,7 @@ bool SameFile(const fs::path& a, const fs::path& b) {
 }
 
 int Batch(const cli::Args& args) {
-    std::string outDir, suffix, extension = ".bmp";
+    std::string outDir, suffix, extension;
     size_t k = 0;
     for (; k < args.size(); ++k) {
         const std::string& a = args[k];
@@ -52,6 +52,8 @@ int Batch(const cli::Args& args) {
         std::fprintf(stderr, "prism: batch: '%s' is not a command that can run on files\n", args[k].c_str());
         return cli::kUsage;
     }
+    // Results are BMP files, but PNG copies get their own extension.
+    if (extension.empty()) extension = std::strcmp(command->name, "png") == 0 ? ".png" : ".bmp";
     const int slots = FileSlots(*command);
     if (slots == 0) {
         std::fprintf(stderr, "prism: batch: '%s' does not take an input file first\n", command->name);
@@ -122,6 +124,6 @@ int Batch(const cli::Args& args) {
 }  // namespace
 
 PRISM_COMMAND({"batch", "[--out DIR] [--suffix TEXT] [--ext .EXT] COMMAND [ARGS] -- FILES...",
-               "Run one command on each file: IN (and OUT, named DIR/NAME+TEXT+.EXT, default .bmp) are put in "
+               "Run one command on each file: IN (and OUT, named DIR/NAME+TEXT+.EXT, default .bmp, .png for png) are put in "
                "front of ARGS, e.g. prism batch --out small scale 400x300 --cubic -- *.bmp.",
                Batch});
