@@ -23,8 +23,22 @@ bool Register(const Command& command) {
 
 const std::vector<Command>& Commands() { return Table(); }
 
+namespace {
+std::string& CurrentFileSlot() {
+    static std::string path;
+    return path;
+}
+}  // namespace
+
+const std::string& CurrentFile() { return CurrentFileSlot(); }
+void SetCurrentFile(const std::string& path) { CurrentFileSlot() = path; }
+
 int Fail(const std::string& message) {
-    std::fprintf(stderr, "prism: %s\n", message.c_str());
+    const std::string& file = CurrentFile();
+    if (!file.empty() && message.find(file) == std::string::npos)
+        std::fprintf(stderr, "prism: %s: %s\n", file.c_str(), message.c_str());
+    else
+        std::fprintf(stderr, "prism: %s\n", message.c_str());
     return kFailed;
 }
 
@@ -47,6 +61,7 @@ std::string LibraryError() {
 }
 
 HDIB LoadImageFile(const std::string& path) {
+    SetCurrentFile(path);
     SetImgError(0);
     HDIB dib = LoadDIBFromFile(path.c_str());
     if (!dib) Fail(path + ": " + LibraryError());
@@ -83,10 +98,11 @@ std::string Describe(HDIB dib) {
                               : h.biCompression == 1 ? "RLE8"
                               : h.biCompression == 2 ? "RLE4"
                                                      : "other";
+    char table[32] = "no colour table";
+    if (colors) std::snprintf(table, sizeof(table), "%u colour%s", colors, colors == 1 ? "" : "s");
     char line[160];
-    std::snprintf(line, sizeof(line), "%ld x %ld, %u bits, %u colours, compression %s",
-                  static_cast<long>(h.biWidth), static_cast<long>(h.biHeight), h.biBitCount, colors,
-                  compression);
+    std::snprintf(line, sizeof(line), "%ld x %ld, %u bit%s, %s, compression %s", static_cast<long>(h.biWidth),
+                  static_cast<long>(h.biHeight), h.biBitCount, h.biBitCount == 1 ? "" : "s", table, compression);
     return line;
 }
 

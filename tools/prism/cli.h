@@ -27,8 +27,13 @@ struct Command {
 bool Register(const Command& command);
 const std::vector<Command>& Commands();
 
-// Prints "prism: MESSAGE" on stderr and returns kFailed.
+// Prints "prism: MESSAGE" on stderr and returns kFailed. When MESSAGE does
+// not name the file the command is working on, it is prefixed with it:
+// "prism: FILE: MESSAGE".
 int Fail(const std::string& message);
+// The file the current command loaded last (empty before any).
+const std::string& CurrentFile();
+void SetCurrentFile(const std::string& path);
 // Prints the command's usage on stderr and returns kUsage.
 int Usage(const Command& command);
 int Usage(const char* name);

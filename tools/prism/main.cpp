@@ -37,6 +37,11 @@ int main(int argc, char** argv) {
             std::printf("usage: prism %s %s\n  %s\n", c.name, c.usage, c.summary);
             return cli::kOk;
         }
+        // Failures name the file a command works on.
+        const std::string usage = c.usage;
+        if (!args.empty() && (usage.compare(0, 2, "IN") == 0 || usage.compare(0, 4, "FILE") == 0 ||
+                              usage.compare(0, 10, "DESCRIPTOR") == 0))
+            cli::SetCurrentFile(args[0]);
         return c.run(args);
     }
     std::fprintf(stderr, "prism: unknown command '%s'\n", name.c_str());
