@@ -42,13 +42,13 @@ const DepthCase kDepths[] = {{1, 33, 5}, {4, 7, 3}, {8, 5, 4}, {24, 3, 6}};
 
 TEST_F(DibFileTest, BmpWithInfoHeaderLoadsAsStoredAndSavesBackByteForByte) {
     for (const DepthCase& d : kDepths) {
-        DibSpec spec;
-        spec.width = d.width;
-        spec.height = d.height;
-        spec.bitCount = d.bitCount;
-        spec.clrUsed = d.bitCount <= 8 ? 1u << d.bitCount : 0;
-        spec.sizeImage = static_cast<std::uint32_t>(Stride(d.width, d.bitCount) * d.height);
-        Bytes packed = PackedDib(spec);
+        DibShape shape;
+        shape.width = d.width;
+        shape.height = d.height;
+        shape.bitCount = d.bitCount;
+        shape.clrUsed = d.bitCount <= 8 ? 1u << d.bitCount : 0;
+        shape.sizeImage = static_cast<std::uint32_t>(Stride(d.width, d.bitCount) * d.height);
+        Bytes packed = PackedDib(shape);
         Bytes bmp = BmpFile(packed);
         ScratchFile in("bmp-in"), out("bmp-out");
         in.Write(bmp);
@@ -66,19 +66,19 @@ TEST_F(DibFileTest, BmpWithInfoHeaderLoadsAsStoredAndSavesBackByteForByte) {
 // 4-byte table entries, no resolution, and both colour counts filled in.
 TEST_F(DibFileTest, CoreHeaderBecomesAnInfoHeaderWithFourByteEntries) {
     for (const DepthCase& d : kDepths) {
-        DibSpec spec;
-        spec.width = d.width;
-        spec.height = d.height;
-        spec.bitCount = d.bitCount;
-        spec.coreHeader = true;
+        DibShape shape;
+        shape.width = d.width;
+        shape.height = d.height;
+        shape.bitCount = d.bitCount;
+        shape.coreHeader = true;
         ScratchFile in("core");
-        in.Write(BmpFile(PackedDib(spec)));
+        in.Write(BmpFile(PackedDib(shape)));
 
         const std::uint32_t colors = d.bitCount <= 8 ? 1u << d.bitCount : 0;
-        spec.coreHeader = false;
-        spec.clrUsed = colors;
-        spec.sizeImage = static_cast<std::uint32_t>(Stride(d.width, d.bitCount) * d.height);
-        Bytes expected = PackedDib(spec);
+        shape.coreHeader = false;
+        shape.clrUsed = colors;
+        shape.sizeImage = static_cast<std::uint32_t>(Stride(d.width, d.bitCount) * d.height);
+        Bytes expected = PackedDib(shape);
         std::memset(&expected[24], 0, 8);        // no resolution in a core header
         std::memcpy(&expected[36], &colors, 4);  // biClrImportant
         EXPECT_EQ(LoadBytes(in.path()), expected) << d.bitCount;
@@ -86,11 +86,11 @@ TEST_F(DibFileTest, CoreHeaderBecomesAnInfoHeaderWithFourByteEntries) {
 }
 
 TEST_F(DibFileTest, BarePackedDibAndZeroOffsetTakePixelsFromBehindTheTable) {
-    DibSpec spec;
-    spec.width = 6;
-    spec.height = 3;
-    spec.bitCount = 8;
-    Bytes packed = PackedDib(spec);
+    DibShape shape;
+    shape.width = 6;
+    shape.height = 3;
+    shape.bitCount = 8;
+    Bytes packed = PackedDib(shape);
     ScratchFile bare("bare"), zero("zero-offset");
     bare.Write(packed);
     zero.Write(BmpFile(packed, 0));
@@ -107,11 +107,11 @@ TEST_F(DibFileTest, BarePackedDibAndZeroOffsetTakePixelsFromBehindTheTable) {
 }
 
 TEST_F(DibFileTest, OffsetBitsMayLeaveAGapBeforeThePixels) {
-    DibSpec spec;
-    spec.width = 4;
-    spec.height = 2;
-    spec.bitCount = 24;
-    Bytes packed = PackedDib(spec);
+    DibShape shape;
+    shape.width = 4;
+    shape.height = 2;
+    shape.bitCount = 24;
+    Bytes packed = PackedDib(shape);
     Bytes file = BmpFile(packed, 14 + 40 + 10);
     file.insert(file.begin() + 14 + 40, 10, 0xEE);  // ten junk bytes after the header
     ScratchFile in("gap");
@@ -122,11 +122,11 @@ TEST_F(DibFileTest, OffsetBitsMayLeaveAGapBeforeThePixels) {
 }
 
 TEST_F(DibFileTest, ReadDibInfoCountsOffsetsFromWhereTheFileStands) {
-    DibSpec spec;
-    spec.width = 5;
-    spec.height = 2;
-    spec.bitCount = 4;
-    Bytes packed = PackedDib(spec);
+    DibShape shape;
+    shape.width = 5;
+    shape.height = 2;
+    shape.bitCount = 4;
+    Bytes packed = PackedDib(shape);
     Bytes file(1000, 0x55);
     Bytes bmp = BmpFile(packed);
     file.insert(file.end(), bmp.begin(), bmp.end());
@@ -153,14 +153,14 @@ TEST_F(DibFileTest, ColourCountFollowsClrUsed) {
         std::uint32_t tableEntries;
     } cases[] = {{8, 3, 3}, {24, 0, 0}, {24, 2, 2}, {1, 0, 2}};
     for (const Case& c : cases) {
-        DibSpec spec;
-        spec.width = 3;
-        spec.height = 2;
-        spec.bitCount = c.bitCount;
-        spec.colors = static_cast<int>(c.tableEntries);
-        spec.clrUsed = c.clrUsed;
+        DibShape shape;
+        shape.width = 3;
+        shape.height = 2;
+        shape.bitCount = c.bitCount;
+        shape.colors = static_cast<int>(c.tableEntries);
+        shape.clrUsed = c.clrUsed;
         ScratchFile in("clrused");
-        in.Write(BmpFile(PackedDib(spec)));
+        in.Write(BmpFile(PackedDib(shape)));
         Bytes got = LoadBytes(in.path());
         ASSERT_FALSE(got.empty());
         EXPECT_EQ(Le32(got, 32), c.tableEntries);
@@ -169,13 +169,13 @@ TEST_F(DibFileTest, ColourCountFollowsClrUsed) {
 }
 
 TEST_F(DibFileTest, ShortPixelAreaStillLoadsWithTheMissingRowsZero) {
-    DibSpec spec;
-    spec.width = 8;
-    spec.height = 4;
-    spec.bitCount = 8;
-    spec.colors = 0;
-    spec.clrUsed = 0;
-    Bytes packed = PackedDib(spec, [](int, int) { return 0xABu; });
+    DibShape shape;
+    shape.width = 8;
+    shape.height = 4;
+    shape.bitCount = 8;
+    shape.colors = 0;
+    shape.clrUsed = 0;
+    Bytes packed = PackedDib(shape, [](int, int) { return 0xABu; });
     // 8-bit with no table: biClrUsed 0 means 256 entries, so give them.
     Bytes table(1024, 0x11);
     packed.insert(packed.begin() + 40, table.begin(), table.end());
@@ -193,18 +193,18 @@ TEST_F(DibFileTest, BadFilesFailWithTheirCodes) {
     Bytes fiftyThree(53, 0x20);
     fiftyThree[0] = 'B';
     fiftyThree[1] = 'M';
-    DibSpec spec;
-    spec.bitCount = 8;
-    Bytes v5 = BmpFile(PackedDib(spec));
+    DibShape shape;
+    shape.bitCount = 8;
+    Bytes v5 = BmpFile(PackedDib(shape));
     v5[14] = 108;  // a header kind the library does not know
-    Bytes tall = BmpFile(PackedDib(spec));
+    Bytes tall = BmpFile(PackedDib(shape));
     std::uint32_t huge = 0x7FFFFFFF;
     std::memcpy(&tall[14 + 8], &huge, 4);   // biHeight: the pixel area leaves 32 bits
     std::memcpy(&tall[14 + 4], &huge, 4);   // and biWidth
-    Bytes topDown = BmpFile(PackedDib(spec));
+    Bytes topDown = BmpFile(PackedDib(shape));
     std::int32_t minus = -1;
     std::memcpy(&topDown[14 + 8], &minus, 4);
-    Bytes hugeTable = BmpFile(PackedDib(spec));
+    Bytes hugeTable = BmpFile(PackedDib(shape));
     std::uint32_t manyColours = 0x40000000;
     std::memcpy(&hugeTable[14 + 32], &manyColours, 4);
 
@@ -240,9 +240,9 @@ TEST_F(DibFileTest, BadFilesFailWithTheirCodes) {
 }
 
 TEST_F(DibFileTest, SuccessDoesNotClearAnOlderError) {
-    DibSpec spec;
+    DibShape shape;
     ScratchFile in("keep");
-    in.Write(BmpFile(PackedDib(spec)));
+    in.Write(BmpFile(PackedDib(shape)));
     SetImgError(13);
     HDIB dib = LoadDIBFromFile(in.path());
     ASSERT_NE(dib, nullptr);
@@ -253,12 +253,12 @@ TEST_F(DibFileTest, SuccessDoesNotClearAnOlderError) {
 }
 
 TEST_F(DibFileTest, SaveWritesTheBlockAsItStands) {
-    DibSpec spec;
-    spec.width = 3;
-    spec.height = 3;
-    spec.bitCount = 4;
-    spec.sizeImage = 0;
-    Bytes packed = PackedDib(spec);
+    DibShape shape;
+    shape.width = 3;
+    shape.height = 3;
+    shape.bitCount = 4;
+    shape.sizeImage = 0;
+    Bytes packed = PackedDib(shape);
     packed.resize(packed.size() + 9, 0x77);  // slack at the end of the block
     HGLOBAL block = BlockFrom(packed);
     ScratchFile out("as-is");
@@ -280,8 +280,8 @@ TEST_F(DibFileTest, SaveWritesTheBlockAsItStands) {
 }
 
 TEST_F(DibFileTest, SaveShowsTheWaitCursorAndPutsTheOldOneBack) {
-    DibSpec spec;
-    HGLOBAL block = BlockFrom(PackedDib(spec));
+    DibShape shape;
+    HGLOBAL block = BlockFrom(PackedDib(shape));
     plat::CursorCounts before = plat::CursorActivity();
     ScratchFile out("cursor");
     ASSERT_TRUE(SaveDIB(out.path(), block));
@@ -292,8 +292,8 @@ TEST_F(DibFileTest, SaveShowsTheWaitCursorAndPutsTheOldOneBack) {
 }
 
 TEST_F(DibFileTest, SaveFailures) {
-    DibSpec spec;
-    HGLOBAL block = BlockFrom(PackedDib(spec));
+    DibShape shape;
+    HGLOBAL block = BlockFrom(PackedDib(shape));
     EXPECT_FALSE(SaveDIB("unused.bmp", nullptr));
     EXPECT_EQ(ImgError(), 8);
     SetImgError(0);

@@ -11,13 +11,13 @@ using namespace testing_support;
 namespace {
 
 Bytes InfoHeader(int bitCount, std::uint32_t clrUsed, int width = 4, int height = 4) {
-    DibSpec spec;
-    spec.width = width;
-    spec.height = height;
-    spec.bitCount = bitCount;
-    spec.colors = 0;
-    spec.clrUsed = clrUsed;
-    return PackedDib(spec);
+    DibShape shape;
+    shape.width = width;
+    shape.height = height;
+    shape.bitCount = bitCount;
+    shape.colors = 0;
+    shape.clrUsed = clrUsed;
+    return PackedDib(shape);
 }
 
 TEST(DibColorCount, FollowsClrUsedOrTheDepth) {
@@ -35,10 +35,10 @@ TEST(DibColorCount, FollowsClrUsedOrTheDepth) {
 }
 
 TEST(DibColorCount, CoreHeaderLooksOnlyAtItsDepth) {
-    DibSpec spec;
-    spec.coreHeader = true;
-    spec.bitCount = 4;
-    Bytes h = PackedDib(spec);
+    DibShape shape;
+    shape.coreHeader = true;
+    shape.bitCount = 4;
+    Bytes h = PackedDib(shape);
     // Bytes where a 40-byte header would keep biClrUsed must not count.
     std::memset(h.data() + 12, 0xFF, 24);
     EXPECT_EQ(prism::DibColorCount(h.data()), 16u);

@@ -28,12 +28,12 @@ unsigned Result(const Bytes& dib, int x, int y) { return PixelAt(dib, x, picture
 
 // The result's bytes, empty for 0.  The source's biSizeImage is 12345.
 Bytes Stretch(int depth, int srcX, int srcY, int srcW, int srcH, int dstW, int dstH) {
-    DibSpec spec;
-    spec.width = kW;
-    spec.height = kH;
-    spec.bitCount = depth;
-    spec.sizeImage = 12345;
-    const Bytes src = PackedDib(spec, Pattern);
+    DibShape shape;
+    shape.width = kW;
+    shape.height = kH;
+    shape.bitCount = depth;
+    shape.sizeImage = 12345;
+    const Bytes src = PackedDib(shape, Pattern);
     HDIB dib = ForDepth(depth)(src.data(), src.data() + picture::BitsOffset(src), srcX, srcY, srcW, srcH, dstW, dstH);
     Bytes out = dib ? BlockBytes(dib) : Bytes();
     if (dib) GlobalFree(dib);
@@ -76,12 +76,12 @@ TEST_P(StretchByDepth, RectanglesHalvingDoublingAndHeader) {
             ASSERT_EQ(Result(twice, x, y), sampled ? Source(depth, 2 + (x + 1) / 2, 1 + (y + 1) / 2) : 0u) << x << "," << y;
         }
     // The header takes the new size; biSizeImage and the table are kept.
-    DibSpec spec;
-    spec.width = kW;
-    spec.height = kH;
-    spec.bitCount = depth;
-    spec.sizeImage = 12345;
-    Bytes want = PackedDib(spec, Pattern);
+    DibShape shape;
+    shape.width = kW;
+    shape.height = kH;
+    shape.bitCount = depth;
+    shape.sizeImage = 12345;
+    Bytes want = PackedDib(shape, Pattern);
     want.resize(picture::BitsOffset(want));
     picture::Put32(want, 4, 7), picture::Put32(want, 8, 3);
     const Bytes small = Stretch(depth, 0, 0, kW, kH, 7, 3);
@@ -97,14 +97,14 @@ TEST_P(StretchByDepth, RectanglesHalvingDoublingAndHeader) {
 INSTANTIATE_TEST_SUITE_P(Depths, StretchByDepth, ::testing::Values(1, 4, 8, 24));
 
 TEST(Stretch, WrongDepthOrCoreHeaderIsRefusedAndColorCounts) {
-    DibSpec spec;
-    spec.width = 8;
-    spec.height = 2;
-    const Bytes src = PackedDib(spec);
+    DibShape shape;
+    shape.width = 8;
+    shape.height = 2;
+    const Bytes src = PackedDib(shape);
     EXPECT_EQ(prism::StretchRows4(src.data(), src.data() + 40 + 1024, 0, 0, 8, 2, 4, 1), nullptr);
     EXPECT_EQ(prism::StretchRows24(src.data(), src.data() + 40 + 1024, 0, 0, 8, 2, 4, 1), nullptr);
-    spec.coreHeader = true;
-    const Bytes core = PackedDib(spec);
+    shape.coreHeader = true;
+    const Bytes core = PackedDib(shape);
     EXPECT_EQ(prism::StretchRows8(core.data(), core.data() + 12 + 768, 0, 0, 8, 2, 4, 1), nullptr);
 
     // Colour counts: biClrUsed unless 0 or a 12-byte header, else by depth.
@@ -114,7 +114,7 @@ TEST(Stretch, WrongDepthOrCoreHeaderIsRefusedAndColorCounts) {
         unsigned want;
     } cases[] = {{8, 7, false, 7}, {24, 7, false, 7}, {24, -1, false, 0}, {4, -1, false, 16}, {1, -1, true, 2}};
     for (const Case& c : cases) {
-        DibSpec s;
+        DibShape s;
         s.bitCount = c.bits;
         s.colors = c.colors;
         s.clrUsed = c.colors < 0 ? 0 : static_cast<std::uint32_t>(c.colors);

@@ -90,7 +90,7 @@ inline void PutBits(unsigned char* area, std::uint64_t bitPos, int bits, unsigne
 
 // DIB bytes of a picture (40-byte header, table by depth, zero padding).
 inline Bytes ToDib(const Picture& p) {
-    testing_support::DibSpec shape;
+    testing_support::DibShape shape;
     shape.width = p.width;
     shape.height = p.height;
     shape.bitCount = p.bits;
@@ -108,7 +108,7 @@ inline int Field(const Bytes& b, size_t at) { return static_cast<std::int32_t>(G
 
 // DIB bytes with the support library's table and pixels (x, y from the top).
 inline Bytes Image(int w, int h, int bits, unsigned (*pixel)(int, int) = nullptr) {
-    testing_support::DibSpec shape;
+    testing_support::DibShape shape;
     shape.width = w;
     shape.height = h;
     shape.bitCount = bits;

@@ -197,7 +197,7 @@ TEST(RotateDIB, ErrorWord) {
         edit(b);
         return b;
     };
-    DibSpec core;
+    DibShape core;
     core.coreHeader = true;
     struct Case {
         const char* name;

@@ -76,21 +76,21 @@ TEST_P(ScaleByDepth, SameSizeHalvingConstantAndHeader) {
             for (int x = 0; x < size.first; ++x) ASSERT_EQ(PixelAt(s, x, y), PixelAt(constant, 0, 0)) << x << "," << y;
     }
     // The header: new size, depth, biClrUsed and resolution kept.
-    DibSpec spec;
-    spec.width = 10;
-    spec.height = 4;
-    spec.bitCount = depth;
-    spec.colors = depth <= 8 ? 1 << depth : 0;
-    spec.clrUsed = static_cast<std::uint32_t>(spec.colors);
-    const Bytes s = Scale(PackedDib(spec), mode, 15, 7);
+    DibShape shape;
+    shape.width = 10;
+    shape.height = 4;
+    shape.bitCount = depth;
+    shape.colors = depth <= 8 ? 1 << depth : 0;
+    shape.clrUsed = static_cast<std::uint32_t>(shape.colors);
+    const Bytes s = Scale(PackedDib(shape), mode, 15, 7);
     ASSERT_FALSE(s.empty());
     const int stride = static_cast<int>(Stride(15, depth));
-    Bytes want(PackedDib(spec));
+    Bytes want(PackedDib(shape));
     want.resize(40);
     picture::Put32(want, 4, 15), picture::Put32(want, 8, 7);
     if (depth != 1) picture::Put32(want, 20, static_cast<std::uint32_t>(stride * 7));  // 1 bit: kept as it was
     EXPECT_EQ(Bytes(s.begin(), s.begin() + 40), want);
-    EXPECT_GE(s.size(), 40u + 4u * spec.colors + stride * 7u);
+    EXPECT_GE(s.size(), 40u + 4u * shape.colors + stride * 7u);
 }
 
 INSTANTIATE_TEST_SUITE_P(DepthsAndModes, ScaleByDepth,
@@ -125,13 +125,13 @@ TEST(ScaleDIB, HandCheckedEnlargement24) {
 
 TEST(ScaleDIB, PaletteModesAndSizeBits) {
     // 16 entries at 8 bits: every index found lies in the table.
-    DibSpec spec;
-    spec.width = 7;
-    spec.height = 5;
-    spec.colors = 16;
-    spec.clrUsed = 16;
+    DibShape shape;
+    shape.width = 7;
+    shape.height = 5;
+    shape.colors = 16;
+    shape.clrUsed = 16;
     for (int mode : {0, 1}) {
-        const Bytes s = Scale(PackedDib(spec, SmallIndex), mode, 19, 11);
+        const Bytes s = Scale(PackedDib(shape, SmallIndex), mode, 19, 11);
         ASSERT_FALSE(s.empty());
         for (int y = 0; y < 11; ++y)
             for (int x = 0; x < 19; ++x) ASSERT_LT(PixelAt(s, x, y), 16u) << x << "," << y;
@@ -160,7 +160,7 @@ TEST(ScaleDIB, FailuresAndLimits) {
         edit(b);
         return b;
     };
-    DibSpec core;
+    DibShape core;
     core.coreHeader = true;
     struct Case {
         const char* name;

@@ -113,7 +113,7 @@ TEST(SkewDIB, Reporting) {
         edit(b);
         return b;
     };
-    DibSpec core;
+    DibShape core;
     core.coreHeader = true;
     struct Case {
         const char* name;

@@ -29,7 +29,7 @@ Bytes MakeDib(int width, int height, int depth, std::function<unsigned(int, int)
     static int rows;
     current = std::move(pixel);
     rows = height;
-    const testing_support::DibSpec shape{width, height, depth};
+    const testing_support::DibShape shape{width, height, depth};
     Bytes b = testing_support::PackedDib(shape, [](int x, int y) { return current(x, rows - 1 - y); });
     for (int i = 0, n = depth <= 8 ? 1 << depth : 0; i < n; ++i) std::memset(&b[40 + 4 * i], i * 255 / (n - 1), 3);
     const unsigned char resolution[8] = {0xD2, 0x04, 0, 0, 0x2E, 0x16, 0, 0};  // 1234, 5678
@@ -195,7 +195,7 @@ TEST(Dither, PixelsStartBehindAFullTableWhateverClrUsedSays) {
     // A white 8-bit image with a table of two entries: the dithers look for
     // pixels behind 256 entries, past the end of the block, and read 0,
     // entry 0, black.  Halftone follows biClrUsed and sees white.
-    const testing_support::DibSpec shape{4, 3, 8, 2, 2};  // 4 by 3, 8 bits, two entries, biClrUsed 2
+    const testing_support::DibShape shape{4, 3, 8, 2, 2};  // 4 by 3, 8 bits, two entries, biClrUsed 2
     Bytes dib = testing_support::PackedDib(shape, [](int, int) { return 1u; });
     std::memset(&dib[40], 0, 3);
     std::memset(&dib[44], 255, 3);

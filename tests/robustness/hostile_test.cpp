@@ -76,12 +76,12 @@ std::vector<Hostile> HostileImages() {
     v.push_back({"biClrUsed 300", [] { return HeaderBlock(4, 4, 8, 0, 300, 40 + 1200 + 64); }});
     v.push_back({"biClrUsed 2^31", [small] { return HeaderBlock(4, 4, 8, 0, 0x80000000u, small); }});
     v.push_back({"core header", [] {
-                     DibSpec spec;
-                     spec.coreHeader = true;
-                     spec.width = 9;
-                     spec.height = 3;
-                     spec.bitCount = 4;
-                     return BlockFrom(PackedDib(spec));
+                     DibShape shape;
+                     shape.coreHeader = true;
+                     shape.width = 9;
+                     shape.height = 3;
+                     shape.bitCount = 4;
+                     return BlockFrom(PackedDib(shape));
                  }});
     return v;
 }

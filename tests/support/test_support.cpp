@@ -32,30 +32,30 @@ unsigned DefaultPixel(int x, int y) { return static_cast<unsigned>(x * 7 + y * 1
 
 }  // namespace
 
-Bytes PackedDib(const DibSpec& spec, unsigned (*pixel)(int, int)) {
+Bytes PackedDib(const DibShape& shape, unsigned (*pixel)(int, int)) {
     if (!pixel) pixel = DefaultPixel;
-    int colors = spec.colors;
-    if (colors < 0) colors = spec.bitCount <= 8 ? 1 << spec.bitCount : 0;
-    const size_t headerBytes = spec.coreHeader ? 12 : 40;
-    const size_t entry = spec.coreHeader ? 3 : 4;
-    const size_t stride = Stride(spec.width, spec.bitCount);
-    Bytes b(headerBytes + colors * entry + stride * spec.height, 0);
-    if (spec.coreHeader) {
+    int colors = shape.colors;
+    if (colors < 0) colors = shape.bitCount <= 8 ? 1 << shape.bitCount : 0;
+    const size_t headerBytes = shape.coreHeader ? 12 : 40;
+    const size_t entry = shape.coreHeader ? 3 : 4;
+    const size_t stride = Stride(shape.width, shape.bitCount);
+    Bytes b(headerBytes + colors * entry + stride * shape.height, 0);
+    if (shape.coreHeader) {
         Put32(b, 0, 12);
-        Put16(b, 4, static_cast<unsigned>(spec.width));
-        Put16(b, 6, static_cast<unsigned>(spec.height));
+        Put16(b, 4, static_cast<unsigned>(shape.width));
+        Put16(b, 6, static_cast<unsigned>(shape.height));
         Put16(b, 8, 1);
-        Put16(b, 10, static_cast<unsigned>(spec.bitCount));
+        Put16(b, 10, static_cast<unsigned>(shape.bitCount));
     } else {
         Put32(b, 0, 40);
-        Put32(b, 4, static_cast<std::uint32_t>(spec.width));
-        Put32(b, 8, static_cast<std::uint32_t>(spec.height));
+        Put32(b, 4, static_cast<std::uint32_t>(shape.width));
+        Put32(b, 8, static_cast<std::uint32_t>(shape.height));
         Put16(b, 12, 1);
-        Put16(b, 14, static_cast<unsigned>(spec.bitCount));
-        Put32(b, 20, spec.sizeImage);
+        Put16(b, 14, static_cast<unsigned>(shape.bitCount));
+        Put32(b, 20, shape.sizeImage);
         Put32(b, 24, 2835);
         Put32(b, 28, 2835);
-        Put32(b, 32, spec.clrUsed);
+        Put32(b, 32, shape.clrUsed);
     }
     for (int i = 0; i < colors; ++i) {
         size_t at = headerBytes + i * entry;
@@ -65,12 +65,12 @@ Bytes PackedDib(const DibSpec& spec, unsigned (*pixel)(int, int)) {
         if (entry == 4) b[at + 3] = 0;
     }
     unsigned char* bits = b.data() + headerBytes + colors * entry;
-    const unsigned mask = spec.bitCount >= 24 ? 0xFFFFFFu : (1u << spec.bitCount) - 1;
-    for (int y = 0; y < spec.height; ++y) {
-        unsigned char* row = bits + stride * (spec.height - 1 - y);  // bottom row first
-        for (int x = 0; x < spec.width; ++x) {
+    const unsigned mask = shape.bitCount >= 24 ? 0xFFFFFFu : (1u << shape.bitCount) - 1;
+    for (int y = 0; y < shape.height; ++y) {
+        unsigned char* row = bits + stride * (shape.height - 1 - y);  // bottom row first
+        for (int x = 0; x < shape.width; ++x) {
             unsigned v = pixel(x, y) & mask;
-            switch (spec.bitCount) {
+            switch (shape.bitCount) {
                 case 1: row[x / 8] |= static_cast<unsigned char>(v << (7 - x % 8)); break;
                 case 4: row[x / 2] |= static_cast<unsigned char>(x % 2 ? v : v << 4); break;
                 case 8: row[x] = static_cast<unsigned char>(v); break;

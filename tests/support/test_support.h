@@ -18,7 +18,7 @@ using Bytes = std::vector<unsigned char>;
 size_t Stride(int width, int bitCount);
 
 // A DIB held in plain memory: header, colour table, rows bottom first.
-struct DibSpec {
+struct DibShape {
     int width = 1;
     int height = 1;
     int bitCount = 8;
@@ -30,7 +30,7 @@ struct DibSpec {
 
 // Packed DIB bytes: a table of distinct colours and pixels from `pixel`
 // (x, y counted from the top) or a fixed pattern when no function is given.
-Bytes PackedDib(const DibSpec& spec, unsigned (*pixel)(int x, int y) = nullptr);
+Bytes PackedDib(const DibShape& shape, unsigned (*pixel)(int x, int y) = nullptr);
 // A BMP file: 14-byte file header in front of the packed DIB.  offBits
 // of -1 means the usual offset behind the colour table.
 Bytes BmpFile(const Bytes& packed, long offBits = -1);

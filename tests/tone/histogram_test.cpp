@@ -238,7 +238,7 @@ TEST(InvertDIBPalette, TwiceRestoresAndCountsOnlyBiClrUsed) {
     ASSERT_EQ(InvertDIBPalette(dib), 1);
     EXPECT_EQ(BlockBytes(dib), src);
     GlobalFree(dib);
-    DibSpec core;
+    DibShape core;
     core.coreHeader = true;
     for (const Bytes& b : {Image(3, 2, 8, nullptr), PackedDib(core)}) {  // biClrUsed 0 or a 12-byte header
         dib = BlockFrom(b);

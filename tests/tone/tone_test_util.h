@@ -25,7 +25,7 @@ inline unsigned Zero(int, int) { return 0; }
 // without one.  The table entry i is (blue 3i+1, green 5i+2, red 255-i).
 inline Bytes Image(int width, int height, int bitCount, unsigned (*f)(int, int) = Zero, int colors = -1,
                    std::uint32_t clrUsed = 0) {
-    DibSpec layout;
+    DibShape layout;
     layout.width = width;
     layout.height = height;
     layout.bitCount = bitCount;
