@@ -94,6 +94,14 @@ HDIB NewDib(std::int64_t width, std::int64_t height, int bitCount, std::uint32_t
     return dib;
 }
 
+bool RowsInsideBlock(const BITMAPINFOHEADER& header, std::uint64_t blockBytes) {
+    const std::uint64_t colors = header.biClrUsed ? header.biClrUsed : ColorsForDepth(header.biBitCount);
+    const std::uint64_t rows = header.biHeight > 0 ? static_cast<std::uint64_t>(header.biHeight) : 0;
+    const std::uint64_t stride = header.biWidth > 0 ? DibRowBytes(header.biWidth, header.biBitCount) : 0;
+    if (stride && rows > kMaxBlockBytes / stride) return false;
+    return kInfoHeaderSize + colors * 4 + rows * stride <= blockBytes;
+}
+
 void CopyHeaderBytes(const void* locked, std::uint64_t blockBytes, BITMAPINFOHEADER* out) {
     std::memset(out, 0, sizeof(*out));
     size_t n = blockBytes < sizeof(*out) ? static_cast<size_t>(blockBytes) : sizeof(*out);

@@ -139,6 +139,11 @@ enum class DibStatus {
 // few operations have rules of their own.
 DibStatus ViewDib(void* locked, std::uint64_t blockBytes, DibView* view);
 
+// Do the rows a header claims, read as a 40-byte header with its colour
+// table in front of them, lie inside a block of `blockBytes`?  Sizes of 0
+// or below claim no rows.
+bool RowsInsideBlock(const BITMAPINFOHEADER& header, std::uint64_t blockBytes);
+
 // Copies up to 40 header bytes of a block into `out`, reading bytes past
 // the block's end as 0.
 void CopyHeaderBytes(const void* locked, std::uint64_t blockBytes, BITMAPINFOHEADER* out);

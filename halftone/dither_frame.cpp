@@ -185,6 +185,12 @@ HDIB DitherImage(HDIB dib, int bits, DitherKind kind) {
         LastImgError = kErrParameter;
         return nullptr;
     }
+    if (!RowsInsideBlock(h, blockBytes)) {
+        // The header claims more rows than the block holds: refused, so a
+        // tiny block cannot make the dither walk millions of empty rows.
+        LastImgError = kErrDibSize;
+        return nullptr;
+    }
 
     // P: row length in pixels, nibbles for 4 bits, the width taken up to a
     // multiple of 4 otherwise.  0 for a width of 0 or below.

@@ -146,6 +146,8 @@ HDIB HalftoneImage(HDIB dib, WORD method, int brightness, WORD* error) {
     // locked and oversize ones cannot be made.
     if (width <= 0 || height <= 0 || pitch * static_cast<std::uint64_t>(height) > kMaxBlockBytes)
         return fail(kHalftoneMemory);
+    // A header that claims more rows than the block holds is refused.
+    if (!RowsInsideBlock(h, blockBytes)) return fail(kHalftoneParameter);
 
     GreyRows rows;
     rows.depth = depth;

@@ -8,21 +8,36 @@
 
 #include <gtest/gtest.h>
 
+#include <cctype>
+
 #include <filesystem>
-#include <regex>
 
 using namespace testing_support;
 using namespace formats_test;
 
 namespace {
 
+// Replaces every occurrence of `from` in `text`.
+void ReplaceAll(std::string& text, const std::string& from, const std::string& to) {
+    for (size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size()) text.replace(at, from.size(), to);
+}
+
+// Names any other pointer ("0x" and hex digits) "ptr".
+void NamePointers(std::string& text) {
+    for (size_t at = 0; (at = text.find("0x", at)) != std::string::npos; at += 3) {
+        size_t end = at + 2;
+        while (end < text.size() && std::isxdigit(static_cast<unsigned char>(text[end]))) ++end;
+        text.replace(at, end - at, "ptr");
+    }
+}
+
 // The log with the given pointers named and any other pointer as "ptr".
 std::vector<std::string> Calls(const CallLog& log, const void* dib, const void* status = nullptr) {
     std::vector<std::string> lines = log.Lines();
     for (std::string& line : lines) {
-        if (dib) line = std::regex_replace(line, std::regex(Hex(dib)), "dib");
-        if (status) line = std::regex_replace(line, std::regex(Hex(status)), "status");
-        line = std::regex_replace(line, std::regex("0x[0-9a-f]+"), "ptr");
+        if (dib) ReplaceAll(line, Hex(dib), "dib");
+        if (status) ReplaceAll(line, Hex(status), "status");
+        NamePointers(line);
     }
     return lines;
 }

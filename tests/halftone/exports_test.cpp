@@ -171,10 +171,11 @@ TEST(Dither, EveryAcceptedPairOfDepths) {
                     EXPECT_DOUBLE_EQ(Share(white, bits == 1 ? 1 : bits == 4 ? 14 : 255) + limitedBlue, 1.0);
                     if (jjn8 && w * h >= 16) { EXPECT_GT(limitedBlue, 0); }
                 }
-                // Header and table without rows: the missing rows read 0, entry 0, black.
+                // A block that holds fewer rows than its header claims is refused.
                 Bytes cut = FlatGrey(13, 7, depth, 255);
-                cut.resize(40 + (depth == 24 ? 0 : 4u << depth));
-                EXPECT_EQ(Share(Dither(e, cut, bits), 0), 1.0);
+                cut.resize(cut.size() - 1);
+                EXPECT_TRUE(Dither(e, cut, bits).empty());
+                EXPECT_EQ(ImgError(), 19);
                 // The same grey picture from a smaller depth matches the 24-bit result
                 // (widths without padding pixels, so all depths see the same cells).
                 for (int w : {8, 16, 40}) {
@@ -319,10 +320,12 @@ TEST(Halftone, EveryDepthAndMethod) {
                         EXPECT_EQ(PixelAt(white, x, y), method == 2 && x % 16 == 0 && y % 16 == 15 ? 0u : 1u)
                             << w << "x" << h << " at " << x << "," << y;
             }
-            // Header and table without rows: the missing rows read 0.
+            // A block that holds fewer rows than its header claims is refused.
             Bytes cut = FlatGrey(13, 7, depth, 255);
-            cut.resize(40 + (depth == 24 ? 0 : 4u << depth));
-            EXPECT_EQ(Share(Half(cut, method, 0), 0), 1.0);
+            cut.resize(cut.size() - 1);
+            WORD word = 0;
+            EXPECT_TRUE(RunOn(cut, [&](HGLOBAL b) { return Halftone(b, method, 0, &word); }).empty());
+            EXPECT_EQ(word, 8);
             // 4- and 8-bit rows map one to one and agree; method 0 is the threshold.
             if (depth == 24) continue;
             auto ramp = [&](int d) {

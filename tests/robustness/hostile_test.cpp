@@ -65,6 +65,9 @@ std::vector<Hostile> HostileImages() {
                          [=] { return HeaderBlock(4, size, bits, 0, 0, small); }});
         }
     }
+    // Millions of rows claimed by a tiny block (found by fuzzing: the dithers
+    // once walked them all).
+    v.push_back({"height 2^24+5 in 1 KB", [] { return HeaderBlock(9, 16777221, 8, 0, 256, 1124); }});
     v.push_back({"negative height", [small] { return HeaderBlock(4, -4, 8, 0, 0, small); }});
     v.push_back({"negative width", [small] { return HeaderBlock(-4, 4, 8, 0, 0, small); }});
     v.push_back({"most negative height", [small] { return HeaderBlock(4, INT32_MIN, 24, 0, 0, small); }});
