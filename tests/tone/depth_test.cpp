@@ -12,6 +12,7 @@ HDIB Grey(HDIB d) { return ConvColorDIBtoGrayscale(d, 0, 1); }
 HDIB GreyMode3(HDIB d) { return ConvColorDIBtoGrayscale(d, 3, 0); }
 HDIB Mono(HDIB d) { return ConvMonoDIBtoGrayscale(d, 0); }
 HDIB MonoMode3(HDIB d) { return ConvMonoDIBtoGrayscale(d, 3); }
+HDIB To24(HDIB d) { return Convert8to24(d); }  // a plain function, like the others
 
 TEST(DepthConversions, ClearTheErrorAtEntryAndRefuseWithTheirCodes) {
     Bytes cut8 = Image(5, 5, 8), cut1 = Image(4, 4, 1);
@@ -19,11 +20,11 @@ TEST(DepthConversions, ClearTheErrorAtEntryAndRefuseWithTheirCodes) {
     cut1.resize(50);
     // No bytes: no image.
     const struct { const char* name; HDIB (*convert)(HDIB); Bytes bytes; int expected; } cases[] = {
-        {"8 to 24", Convert8to24, Image(5, 5, 8), 0},
-        {"1 to 24", Convert8to24, Image(5, 5, 1), prism::kErrBitsPerPixel},
-        {"4 to 24", Convert8to24, Image(5, 5, 4), prism::kErrBitsPerPixel},
-        {"24 to 24", Convert8to24, Image(5, 5, 24), prism::kErrTextless},
-        {"cut to 24", Convert8to24, cut8, prism::kErrDibSize}, {"none to 24", Convert8to24, {}, prism::kErrParameter},
+        {"8 to 24", To24, Image(5, 5, 8), 0},
+        {"1 to 24", To24, Image(5, 5, 1), prism::kErrBitsPerPixel},
+        {"4 to 24", To24, Image(5, 5, 4), prism::kErrBitsPerPixel},
+        {"24 to 24", To24, Image(5, 5, 24), prism::kErrTextless},
+        {"cut to 24", To24, cut8, prism::kErrDibSize}, {"none to 24", To24, {}, prism::kErrParameter},
         {"grey of 1", Grey, Image(8, 8, 1), 0}, {"grey of 4", Grey, Image(8, 8, 4), 0},
         {"grey of 8, mode unchecked", GreyMode3, Image(8, 8, 8), 0}, {"grey of 24", Grey, Image(8, 8, 24), 0},
         {"grey of 1, mode 3", GreyMode3, Image(8, 8, 1), prism::kErrParameter},
