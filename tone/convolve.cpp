@@ -130,12 +130,8 @@ PRISM_API HDIB WINAPI Convolve(HDIB dib, BOOL copy, int kind, int size, LPCSTR k
         return nullptr;
     }
     BITMAPINFOHEADER h = HeaderOf(image);
-    int code = 0;
-    if (h.biSize != kInfoHeaderSize) code = kErrParameter;
-    else if (h.biCompression != 0) code = kErrCompressed;
-    else if (h.biBitCount != 8) code = kErrBitsPerPixel;
-    else if (h.biWidth == 0 || h.biHeight == 0) code = kErrDibSize;
-    else code = CheckFilterArguments(kind, size, kernelFile, matrix);
+    int code = CheckGreyHeader(h);
+    if (!code) code = CheckFilterArguments(kind, size, kernelFile, matrix);
     const std::int64_t W = h.biWidth, H = h.biHeight;
     const std::uint64_t colors = h.biClrUsed ? h.biClrUsed : 256;
     const std::uint64_t offset = kInfoHeaderSize + colors * 4;

@@ -86,12 +86,8 @@ HGLOBAL UpdateHistogram(HDIB dib, HGLOBAL histogram, const int* position, int* e
         return nullptr;
     }
     BITMAPINFOHEADER h = HeaderOf(image);
-    int code = 0;
-    if (h.biSize != kInfoHeaderSize) code = kErrParameter;
-    else if (h.biCompression != 0) code = kErrCompressed;
-    else if (h.biBitCount != 8) code = kErrBitsPerPixel;
-    else if (h.biWidth == 0 || h.biHeight == 0) code = kErrDibSize;
-    else if (!position) code = kErrParameter;
+    int code = CheckGreyHeader(h);
+    if (!code && !position) code = kErrParameter;
     Plane8 p{};
     if (!code) {
         p.width = h.biWidth;
@@ -286,11 +282,7 @@ PRISM_API HDIB WINAPI ApplyLUT(HDIB dib, HGLOBAL lut, BOOL copy, int* error) {
         return nullptr;
     }
     BITMAPINFOHEADER h = HeaderOf(image);
-    int code = 0;
-    if (h.biSize != kInfoHeaderSize) code = kErrParameter;
-    else if (h.biCompression != 0) code = kErrCompressed;
-    else if (h.biBitCount != 8) code = kErrBitsPerPixel;
-    else if (h.biWidth == 0 || h.biHeight == 0) code = kErrDibSize;
+    int code = CheckGreyHeader(h);
     if (code) {
         SetWord(error, code);
         return nullptr;

@@ -23,6 +23,17 @@ inline BITMAPINFOHEADER HeaderOf(const BlockLock& lock) {
     return h;
 }
 
+// The checks of the 8-bit operations, in their order: a 40-byte header
+// (8), uncompressed rows (18), 8 bits a pixel (13), a width and a height
+// (19).  0 when all pass.
+inline int CheckGreyHeader(const BITMAPINFOHEADER& h) {
+    if (h.biSize != kInfoHeaderSize) return kErrParameter;
+    if (h.biCompression != 0) return kErrCompressed;
+    if (h.biBitCount != 8) return kErrBitsPerPixel;
+    if (h.biWidth == 0 || h.biHeight == 0) return kErrDibSize;
+    return 0;
+}
+
 // Tries an allocation twice with the same size, as the image operations
 // here do.
 inline HGLOBAL AllocTwice(std::uint64_t bytes, UINT flags = kImageFlags) {
