@@ -37,8 +37,11 @@ void MirrorBits(const TurnJob& j) {
     }
 }
 
+
+}  // namespace
+
 // Depths other than 1, 4, 8 and 24 give the zero picture.
-void MoveHorizontal(const TurnJob& j) {
+void MoveMirror(const TurnJob& j) {
     switch (j.depth) {
         case 1: MirrorBits(j); break;
         case 4: Mirror<Pixel4>(j); break;
@@ -48,13 +51,11 @@ void MoveHorizontal(const TurnJob& j) {
     }
 }
 
-}  // namespace
-
 // FlipDIBVertical(dib), FlipDIBHorizontal(dib): a new image of the same
 // depth, colour table and header, mirrored top to bottom or left to right.
 // The source is left with the caller.  0 on failure; no error code is set.
 PRISM_API HDIB WINAPI FlipDIBVertical(HDIB dib) { return TurnDib(dib, TurnShape::kSame, MoveVertical); }
 
-PRISM_API HDIB WINAPI FlipDIBHorizontal(HDIB dib) { return TurnDib(dib, TurnShape::kSame, MoveHorizontal); }
+PRISM_API HDIB WINAPI FlipDIBHorizontal(HDIB dib) { return TurnDib(dib, TurnShape::kSame, MoveMirror); }
 
 }  // namespace prism

@@ -108,6 +108,9 @@ void HalfTurnBits(const TurnJob& j) {
     }
 }
 
+
+}  // namespace
+
 // Depths other than 1, 4, 8 and 24 move no pixel: the result is the
 // zero picture of the right size and header.
 void Move90(const TurnJob& j) {
@@ -139,8 +142,6 @@ void Move180(const TurnJob& j) {
         default: break;
     }
 }
-
-}  // namespace
 
 // RotateDIB90(dib), RotateDIB180(dib), RotateDIB270(dib): a new image of
 // the same depth and colour table, turned clockwise, by half a turn, or

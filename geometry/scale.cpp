@@ -2,6 +2,7 @@
 // RGB planes with a linear or a cubic kernel; 1-bit images are sampled by
 // the 1-bit stretcher.
 #include "core/dib.h"
+#include "core/dib_header.h"
 #include "core/errors.h"
 #include "display/stretch.h"
 #include "geometry/scale_kernels.h"
@@ -212,23 +213,12 @@ PRISM_API HDIB WINAPI ScaleDIB(HDIB dib, int mode, int newWidth, int newHeight) 
 
     HPALETTE palette = nullptr;
     if (bitCount < 24) {
-        if (!logPalette.Make(8 + 4 * static_cast<std::uint64_t>(colors))) {
+        if (!logPalette.Make(LogPaletteBytes(colors))) {
             LastImgError = kErrMemory;
             return nullptr;
         }
         unsigned char* lp = logPalette.data();
-        lp[0] = 0x00;  // version 768
-        lp[1] = 0x03;
-        lp[2] = static_cast<unsigned char>(colors);
-        lp[3] = static_cast<unsigned char>(colors >> 8);
-        for (std::uint32_t i = 0; i < colors; ++i) {
-            const unsigned char* q = view.palette + 4 * static_cast<size_t>(i);
-            unsigned char* e = lp + 4 + 4 * static_cast<size_t>(i);
-            e[0] = q[2];  // red
-            e[1] = q[1];  // green
-            e[2] = q[0];  // blue
-            e[3] = 0;
-        }
+        FillLogPalette(lp, view.palette, 4 * static_cast<std::uint64_t>(colors), colors);
         palette = plat::CreatePalette(lp);  // a failure shows only as index answers of 255
     }
     // The palette object serves this call alone and goes with it.

@@ -22,6 +22,16 @@ struct TurnJob {
 
 enum class TurnShape { kSame, kQuarter };
 
+// The pixel walks of the turns and flips, at depths 1, 4, 8 and 24; other
+// depths move nothing, leaving the zero-filled result as it is.  Move90
+// turns stored rows the way that is clockwise for rows stored bottom
+// first; Move270 puts source row y at result column height - y (one column
+// right of the exact inverse); MoveMirror mirrors each row.
+void Move90(const TurnJob& job);
+void Move180(const TurnJob& job);
+void Move270(const TurnJob& job);
+void MoveMirror(const TurnJob& job);
+
 // Runs `move` on a new zero-filled result of the same depth and colour
 // table: 40-byte header and table copied as they stand, the result's rows,
 // and 4 spare bytes behind them.  A quarter turn swaps width and height and
