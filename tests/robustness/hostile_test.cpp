@@ -212,6 +212,17 @@ std::vector<Operation> Operations() {
         ops.push_back({"ConvMonoDIBtoGrayscale_" + std::to_string(smoothing),
                        [=](HGLOBAL dib) { return ConvMonoDIBtoGrayscale(dib, smoothing); }});
     }
+#ifdef PRISM32_HAS_GRAPHICS
+    // Device objects made from a broken image are deleted at once.
+    ops.push_back({"ConvertDIBToBitmap", [](HGLOBAL dib) {
+                       DeleteObject(ConvertDIBToBitmap(dib));
+                       return HGLOBAL(nullptr);
+                   }});
+    ops.push_back({"CreateDIBPalette", [](HGLOBAL dib) {
+                       DeleteObject(CreateDIBPalette(dib));
+                       return HGLOBAL(nullptr);
+                   }});
+#endif
     return ops;
 }
 
