@@ -122,7 +122,9 @@ TEST(DeviceBitmap, DibToBitmapAndBackKeepsEveryColour) {
     }
 }
 
-HDIB Turn(HDIB (*first)(HDIB), HDIB (*second)(HDIB), HDIB dib) {
+using DibTurn = HDIB(WINAPI*)(HDIB);
+
+HDIB Turn(DibTurn first, DibTurn second, HDIB dib) {
     HDIB a = first(dib);
     if (!second) return a;
     HDIB b = second(a);
@@ -134,8 +136,8 @@ TEST(DeviceBitmap, TurnsAndFlipsMatchTheDibOperationsWithRowsTopFirst) {
     struct Op {
         const char* name;
         std::function<HBITMAP(HBITMAP)> device;
-        HDIB (*dib1)(HDIB);
-        HDIB (*dib2)(HDIB);
+        DibTurn dib1;
+        DibTurn dib2;
     };
     // Rows run the other way, so the device quarter turns are the DIB
     // turns the other way round.
