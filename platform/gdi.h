@@ -24,6 +24,35 @@ using ::GetPaletteEntries;
 using ::GetSystemPaletteEntries;
 using ::RealizePalette;
 using ::SetDIBits;
+// zoom and magnifier
+using ::ClientToScreen;
+using ::ClipCursor;
+using ::CreateCompatibleBitmap;
+using ::CreatePen;
+using ::DPtoLP;
+using ::ExcludeClipRect;
+using ::GetClientRect;
+using ::GetStockObject;
+using ::InvalidateRect;
+using ::IsWindow;
+using ::LineTo;
+using ::LPtoDP;
+using ::MessageBeep;
+using ::MoveToEx;
+using ::PatBlt;
+using ::PeekMessageA;
+using ::PtInRect;
+using ::Rectangle;
+using ::ReleaseCapture;
+using ::ScreenToClient;
+using ::SetCapture;
+using ::SetCursor;
+using ::SetMapMode;
+using ::SetViewportExtEx;
+using ::SetWindowExtEx;
+using ::SetWindowOrgEx;
+using ::UpdateWindow;
+using ::WaitMessage;
 
 // GetObjectA of a bitmap into the record of this build's size (24 bytes in
 // a 32-bit process, 32 in a 64-bit one).  False for anything not a bitmap.
@@ -126,6 +155,55 @@ public:
 
 private:
     Handle handle_;
+};
+
+// zoom and magnifier: SaveDC and RestoreDC for a scope.
+class SavedDC {
+public:
+    explicit SavedDC(HDC dc) : dc_(dc), level_(dc ? ::SaveDC(dc) : 0) {}
+    ~SavedDC() {
+        if (level_) ::RestoreDC(dc_, level_);
+    }
+    SavedDC(const SavedDC&) = delete;
+    SavedDC& operator=(const SavedDC&) = delete;
+
+private:
+    HDC dc_;
+    int level_;
+};
+
+// SelectPalette as a background palette, realised, for a scope; the old
+// palette goes back at the end.  A null palette selects nothing.
+class BackgroundPalette {
+public:
+    BackgroundPalette(HDC dc, HPALETTE palette)
+        : dc_(dc), old_(dc && palette ? ::SelectPalette(dc, palette, TRUE) : nullptr) {
+        if (old_) ::RealizePalette(dc);
+    }
+    ~BackgroundPalette() {
+        if (old_) ::SelectPalette(dc_, old_, TRUE);
+    }
+    BackgroundPalette(const BackgroundPalette&) = delete;
+    BackgroundPalette& operator=(const BackgroundPalette&) = delete;
+
+private:
+    HDC dc_;
+    HPALETTE old_;
+};
+
+// SetROP2 for a scope; the old mix mode goes back at the end.
+class DrawMode {
+public:
+    DrawMode(HDC dc, int mode) : dc_(dc), old_(dc ? ::SetROP2(dc, mode) : 0) {}
+    ~DrawMode() {
+        if (old_) ::SetROP2(dc_, old_);
+    }
+    DrawMode(const DrawMode&) = delete;
+    DrawMode& operator=(const DrawMode&) = delete;
+
+private:
+    HDC dc_;
+    int old_;
 };
 
 }  // namespace gdi
