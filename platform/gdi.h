@@ -24,22 +24,53 @@ using ::GetPaletteEntries;
 using ::GetSystemPaletteEntries;
 using ::RealizePalette;
 using ::SetDIBits;
+// window display
+using ::CombineRgn;
+using ::CreateRectRgn;
+using ::CreateRectRgnIndirect;
+using ::DeleteObject;
+using ::DPtoLP;
+using ::ExcludeClipRect;
+using ::GetClientRect;
+using ::GetClipBox;
+using ::GetScrollRange;
+using ::GetViewportExtEx;
+using ::GetWindowExtEx;
+using ::IntersectRect;
+using ::InvalidateRect;
+using ::InvalidateRgn;
+using ::LPtoDP;
+using ::OffsetRect;
+using ::PatBlt;
+using ::ScaleViewportExtEx;
+using ::ScaleWindowExtEx;
+using ::ScrollDC;
+using ::SetBkColor;
+using ::SetBkMode;
+using ::SetMapMode;
+using ::SetScrollPos;
+using ::SetScrollRange;
+using ::SetStretchBltMode;
+using ::SetViewportExtEx;
+using ::SetWindowExtEx;
+using ::SetWindowOrgEx;
+using ::ShowScrollBar;
+using ::GetClassLongPtrA;
+using ::StretchBlt;
+using ::StretchDIBits;
+using ::UpdateWindow;
+using ::ValidateRect;
+using ::ValidateRgn;
 // zoom and magnifier
 using ::ClientToScreen;
 using ::ClipCursor;
 using ::CreateCompatibleBitmap;
 using ::CreatePen;
-using ::DPtoLP;
-using ::ExcludeClipRect;
-using ::GetClientRect;
 using ::GetStockObject;
-using ::InvalidateRect;
 using ::IsWindow;
 using ::LineTo;
-using ::LPtoDP;
 using ::MessageBeep;
 using ::MoveToEx;
-using ::PatBlt;
 using ::PeekMessageA;
 using ::PtInRect;
 using ::Rectangle;
@@ -47,11 +78,6 @@ using ::ReleaseCapture;
 using ::ScreenToClient;
 using ::SetCapture;
 using ::SetCursor;
-using ::SetMapMode;
-using ::SetViewportExtEx;
-using ::SetWindowExtEx;
-using ::SetWindowOrgEx;
-using ::UpdateWindow;
 using ::WaitMessage;
 
 // GetObjectA of a bitmap into the record of this build's size (24 bytes in
@@ -118,21 +144,55 @@ private:
     HGDIOBJ old_;
 };
 
-// SelectPalette (foreground) for a scope; the old palette goes back at the
-// end.  A null palette selects nothing.
+// SelectPalette for a scope (foreground unless asked for background); the
+// old palette goes back at the end, the same way.  A null palette selects
+// nothing.
 class PaletteSelection {
 public:
-    PaletteSelection(HDC dc, HPALETTE palette)
-        : dc_(dc), old_(dc && palette ? ::SelectPalette(dc, palette, FALSE) : nullptr) {}
+    PaletteSelection(HDC dc, HPALETTE palette, bool background = false)
+        : dc_(dc), background_(background ? TRUE : FALSE),
+          old_(dc && palette ? ::SelectPalette(dc, palette, background_) : nullptr) {}
     ~PaletteSelection() {
-        if (old_) ::SelectPalette(dc_, old_, FALSE);
+        if (old_) ::SelectPalette(dc_, old_, background_);
     }
     PaletteSelection(const PaletteSelection&) = delete;
     PaletteSelection& operator=(const PaletteSelection&) = delete;
 
 private:
     HDC dc_;
+    BOOL background_;
     HPALETTE old_;
+};
+
+// SaveDC for a scope; RestoreDC at the end.
+class SavedState {
+public:
+    explicit SavedState(HDC dc) : dc_(dc), level_(dc ? ::SaveDC(dc) : 0) {}
+    ~SavedState() {
+        if (level_) ::RestoreDC(dc_, level_);
+    }
+    SavedState(const SavedState&) = delete;
+    SavedState& operator=(const SavedState&) = delete;
+
+private:
+    HDC dc_;
+    int level_;
+};
+
+// BeginPaint and EndPaint.
+class PaintContext {
+public:
+    explicit PaintContext(HWND window) : window_(window), dc_(::BeginPaint(window, &paint_)) {}
+    ~PaintContext() { ::EndPaint(window_, &paint_); }
+    PaintContext(const PaintContext&) = delete;
+    PaintContext& operator=(const PaintContext&) = delete;
+    HDC get() const { return dc_; }
+    const RECT& area() const { return paint_.rcPaint; }
+
+private:
+    HWND window_;
+    PAINTSTRUCT paint_ = {};
+    HDC dc_;
 };
 
 // A GDI object deleted at the end of the scope unless handed out.
@@ -157,41 +217,8 @@ private:
     Handle handle_;
 };
 
-// zoom and magnifier: SaveDC and RestoreDC for a scope.
-class SavedDC {
-public:
-    explicit SavedDC(HDC dc) : dc_(dc), level_(dc ? ::SaveDC(dc) : 0) {}
-    ~SavedDC() {
-        if (level_) ::RestoreDC(dc_, level_);
-    }
-    SavedDC(const SavedDC&) = delete;
-    SavedDC& operator=(const SavedDC&) = delete;
-
-private:
-    HDC dc_;
-    int level_;
-};
-
-// SelectPalette as a background palette, realised, for a scope; the old
-// palette goes back at the end.  A null palette selects nothing.
-class BackgroundPalette {
-public:
-    BackgroundPalette(HDC dc, HPALETTE palette)
-        : dc_(dc), old_(dc && palette ? ::SelectPalette(dc, palette, TRUE) : nullptr) {
-        if (old_) ::RealizePalette(dc);
-    }
-    ~BackgroundPalette() {
-        if (old_) ::SelectPalette(dc_, old_, TRUE);
-    }
-    BackgroundPalette(const BackgroundPalette&) = delete;
-    BackgroundPalette& operator=(const BackgroundPalette&) = delete;
-
-private:
-    HDC dc_;
-    HPALETTE old_;
-};
-
-// SetROP2 for a scope; the old mix mode goes back at the end.
+// zoom and magnifier: SetROP2 for a scope; the old mix mode goes back at
+// the end.
 class DrawMode {
 public:
     DrawMode(HDC dc, int mode) : dc_(dc), old_(dc ? ::SetROP2(dc, mode) : 0) {}

@@ -14,6 +14,18 @@ namespace {
 
 Magnifier& M = TheMagnifier;
 
+// The host's palette as a background palette of a context, realised, for a
+// scope; nothing without one.
+class HostPalette {
+public:
+    explicit HostPalette(HDC dc) : selected_(dc, M.palette, true) {
+        if (M.palette) gdi::RealizePalette(dc);
+    }
+
+private:
+    gdi::PaletteSelection selected_;
+};
+
 // A copy of the whole client area, replacing any earlier one.
 void CaptureClient() {
     if (M.backing) ::DeleteObject(M.backing);
@@ -24,8 +36,8 @@ void CaptureClient() {
     M.backing = gdi::CreateCompatibleBitmap(window.get(), client.right, client.bottom);
     gdi::MemoryDC memory(window.get());
     gdi::Selection selected(memory.get(), M.backing);
-    gdi::BackgroundPalette windowPalette(window.get(), M.palette);
-    gdi::BackgroundPalette memoryPalette(memory.get(), M.palette);
+    HostPalette windowPalette(window.get());
+    HostPalette memoryPalette(memory.get());
     gdi::BitBlt(memory.get(), 0, 0, client.right, client.bottom, window.get(), 0, 0, SRCCOPY);
 }
 
@@ -34,8 +46,8 @@ void RestoreBacking(HDC dc) {
     if (!M.backing) return;
     gdi::MemoryDC memory(dc);
     gdi::Selection selected(memory.get(), M.backing);
-    gdi::BackgroundPalette palette(dc, M.palette);
-    gdi::BackgroundPalette memoryPalette(memory.get(), M.palette);
+    HostPalette palette(dc);
+    HostPalette memoryPalette(memory.get());
     gdi::BitBlt(dc, M.lensX, M.lensY, LensWidth(), LensHeight(), memory.get(), M.lensX, M.lensY, SRCCOPY);
 }
 
@@ -93,7 +105,7 @@ int Beyond(int a, int b) {
 // Fills the lens with the source rectangle (x, y, w, h) of the bitmap,
 // stretched to the lens; light grey where the rectangle leaves the image.
 void StretchIntoLens(HDC lens, HDC source, const BITMAP& bm, int x, int y, int w, int h) {
-    gdi::SavedDC saved(lens);
+    gdi::SavedState saved(lens);
     {
         gdi::Selection brush(lens, gdi::GetStockObject(LTGRAY_BRUSH));
         gdi::PatBlt(lens, 0, 0, LensWidth(), LensHeight(), PATCOPY);
@@ -176,8 +188,8 @@ PRISM_API void WINAPI M_StretchBitmap(HBITMAP bitmap, int x, int y, int width, i
     gdi::MemoryDC source(window.get());
     gdi::Selection lensSelected(lens.get(), M.lensBitmap);
     gdi::Selection sourceSelected(source.get(), bitmap);
-    gdi::BackgroundPalette lensPalette(lens.get(), M.palette);
-    gdi::BackgroundPalette sourcePalette(source.get(), M.palette);
+    HostPalette lensPalette(lens.get());
+    HostPalette sourcePalette(source.get());
     StretchIntoLens(lens.get(), source.get(), bm, x, y, width, height);
     DrawLensFrame(lens.get());
 }
@@ -191,15 +203,15 @@ PRISM_API void WINAPI M_CopyBitmap(HWND window, int x, int y) {
     if (!M.active) return;
     gdi::WindowDC dc(window);
     {
-        gdi::SavedDC saved(dc.get());
+        gdi::SavedState saved(dc.get());
         gdi::ExcludeClipRect(dc.get(), x, y, Beyond(x, LensWidth()), Beyond(y, LensHeight()));
         RestoreBacking(dc.get());
     }
     {
         gdi::MemoryDC lens(dc.get());
         gdi::Selection selected(lens.get(), M.lensBitmap);
-        gdi::BackgroundPalette palette(dc.get(), M.palette);
-        gdi::BackgroundPalette lensPalette(lens.get(), M.palette);
+        HostPalette palette(dc.get());
+        HostPalette lensPalette(lens.get());
         gdi::BitBlt(dc.get(), x, y, LensWidth(), LensHeight(), lens.get(), 0, 0, SRCCOPY);
     }
     M.lensX = x;
