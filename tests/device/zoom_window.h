@@ -34,9 +34,12 @@ public:
         wc.hInstance = GetModuleHandleA(nullptr);
         wc.lpszClassName = "PrismZoomTest";
         RegisterClassA(&wc);  // fails harmlessly once registered
-        window_ = CreateWindowExA(0, "PrismZoomTest", "", WS_POPUP | WS_VISIBLE, 0, 0, kWidth, kHeight, nullptr,
-                                  nullptr, wc.hInstance, nullptr);
+        window_ = CreateWindowExA(0, "PrismZoomTest", "", WS_POPUP, 0, 0, kWidth, kHeight, nullptr, nullptr,
+                                  wc.hInstance, nullptr);
         SetWindowLongPtrA(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
+        // Shown without activation: under wine, destroying the active
+        // window waits two seconds for the focus to move.
+        ShowWindow(window_, SW_SHOWNOACTIVATE);
         InvalidateRect(window_, nullptr, TRUE);
         UpdateWindow(window_);
         Drain();
