@@ -1,16 +1,15 @@
-// The stepped zoom's tables and steps: the sequences a host sees when it
-// steps again and again, the tables it may set, and ratios made scales.
+// The stepped zoom's tables and steps: the sequences a host sees stepping
+// again and again, the tables it may set, and ratios made scales.
 #include "zoom/scale_steps.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <utility>
 #include <vector>
 
 namespace {
 
-using Scale = std::pair<int, int>;
+using V = std::vector<int>;
 
 // Every test leaves the library's tables as it found them.
 class ZoomTables : public ::testing::Test {
@@ -20,146 +19,97 @@ protected:
     int base_ = 0, in_[11] = {}, out_[11] = {};
 };
 
-// Steps a scale n times in one mode, each step from the last result.
-std::vector<Scale> Steps(Scale start, int mode, int n) {
-    std::vector<Scale> seen;
+// Steps num / den n times in one mode, each step from the last result: the
+// numerators (or, with dens, the denominators) seen.
+V Steps(int num, int den, int mode, size_t n, bool dens = false) {
+    V seen;
     BZoomState s = {};
     s.mode = mode;
-    for (int i = 0; i < n; ++i) {
-        s.startScale[0] = start.first;
-        s.startScale[1] = start.second;
+    for (size_t i = 0; i < n; ++i) {
+        s.startScale[0] = num;
+        s.startScale[1] = den;
         prism::StepScale(&s);
-        EXPECT_EQ(s.scaleNumY, s.scaleNumX);  // a step makes the scale uniform
-        EXPECT_EQ(s.scaleDenY, s.scaleDenX);
-        start = {s.scaleNumX, s.scaleDenX};
-        seen.push_back(start);
+        EXPECT_EQ(V({s.scaleNumY, s.scaleDenY}), V({s.scaleNumX, s.scaleDenX}));  // uniform
+        num = s.scaleNumX;
+        den = s.scaleDenX;
+        seen.push_back(dens ? den : num);
     }
     return seen;
 }
 
-TEST_F(ZoomTables, StepSequencesFromTheDefaultTables) {
+TEST_F(ZoomTables, StepSequences) {
     struct Case {
-        Scale start;
-        int mode;
-        std::vector<Scale> want;
+        int num, den, mode;
+        bool dens;
+        V want;
     } cases[] = {
-        {{10, 10}, 18, {{20, 10}, {40, 10}, {60, 10}, {80, 10}, {80, 10}}},
-        {{10, 10}, 19, {{10, 15}, {10, 30}, {10, 40}, {10, 50}, {10, 50}}},
-        {{10, 30}, 18, {{10, 15}, {10, 10}, {20, 10}}},
-        {{10, 50}, 34, {{10, 40}, {10, 30}}},  // the step without the mouse does the same
-        {{25, 10}, 18, {{40, 10}}},            // between two steps: the next one, no further
-        {{25, 10}, 19, {{20, 10}}},
-        {{30, 20}, 18, {{20, 10}}},  // normalised to 15/10 first
-        {{30, 20}, 19, {{10, 10}}},
-        {{30, 20}, 20, {{30, 18}}},  // fine steps do not normalise
-        {{10, 20}, 20, {{10, 18}, {10, 16}}},
-        {{20, 10}, 21, {{18, 10}, {16, 10}}},
-        {{10, 10}, 37, {{10, 12}, {10, 14}}},
-        {{0, 7}, 18, {{20, 10}}},  // a 0 normalises to base / base
-        {{10, 10}, 17, {{10, 10}}},
+        {10, 10, 18, false, {20, 40, 60, 80, 80}},
+        {10, 10, 19, true, {15, 30, 40, 50, 50}},
+        {10, 30, 18, true, {15, 10, 10}},  // then the numerator moves: 20/10
+        {10, 50, 34, true, {40, 30}},      // without the mouse alike
+        {25, 10, 18, false, {40}},         // between two steps: the next, no further
+        {25, 10, 19, false, {20}},
+        {30, 20, 18, false, {20}},  // normalised to 15/10 first
+        {30, 20, 19, false, {10}},
+        {30, 20, 20, true, {18}},  // fine steps do not normalise
+        {20, 10, 21, false, {18, 16}},
+        {10, 10, 37, true, {12, 14}},
+        {0, 7, 18, false, {20}},  // a 0 normalises to base / base
+        {10, 10, 20, false, {12, 14, 16, 18, 20, 22, 24, 26, 28, 30, 31, 32, 33, 34, 35, 36, 37, 38, 39, 40,
+                             42, 44, 46, 48, 50, 52, 54, 56, 58, 60, 63, 66, 69, 72, 75, 78, 81, 80, 80}},
     };
     for (const Case& c : cases)
-        EXPECT_EQ(Steps(c.start, c.mode, static_cast<int>(c.want.size())), c.want)
-            << c.start.first << "/" << c.start.second << " mode " << c.mode;
-}
-
-TEST_F(ZoomTables, FineStepsUpStopAtTheLargestScale) {
-    std::vector<int> nums;
-    for (const Scale& s : Steps({10, 10}, 20, 40)) nums.push_back(s.first);
-    const std::vector<int> want = {12, 14, 16, 18, 20, 22, 24, 26, 28, 30, 31, 32, 33, 34, 35, 36, 37, 38, 39, 40,
-                                   42, 44, 46, 48, 50, 52, 54, 56, 58, 60, 63, 66, 69, 72, 75, 78, 81, 80, 80, 80};
-    EXPECT_EQ(nums, want);
-}
-
-TEST_F(ZoomTables, ModesWithoutAStepCopyTheStartScale) {
-    for (int mode : {0, 16, 22, 32, 38, -1}) {
-        BZoomState s = {};
-        s.mode = mode;
-        const int start[4] = {30, 20, 7, 3};
-        std::copy(start, start + 4, s.startScale);
+        EXPECT_EQ(Steps(c.num, c.den, c.mode, c.want.size(), c.dens), c.want) << c.num << "/" << c.den << " " << c.mode;
+    for (int mode : {0, 16, 22, 32, 38, -1}) {  // no step: the start scale, its own Y values kept
+        BZoomState s = {mode, 0, 0, 0, 0, 0, 0, 0, {}, {30, 20, 7, 3}, 0};
         prism::StepScale(&s);
-        EXPECT_EQ((std::vector<int>{s.scaleNumX, s.scaleDenX, s.scaleNumY, s.scaleDenY}),
-                  (std::vector<int>{30, 20, 7, 3}))
-            << "mode " << mode;
+        EXPECT_EQ(V({s.scaleNumX, s.scaleDenX, s.scaleNumY, s.scaleDenY}), V({30, 20, 7, 3})) << mode;
     }
 }
 
-TEST_F(ZoomTables, SettingTablesAcceptsOnlyWellFormedOnes) {
-    const int good[11] = {3, 4, 8, 12};
-    const int goodOut[11] = {2, 4, 9};
+TEST_F(ZoomTables, OnlyWellFormedTablesAreTaken) {
+    const int in[11] = {3, 4, 8, 12}, out[11] = {2, 4, 9};
     struct Case {
         int base;
-        std::vector<int> in, out;  // empty: a null table
+        V table;  // as the in-table; empty: null
         BOOL want;
-    } cases[] = {
-        {0, {}, {}, 0},
-        {1001, {}, {}, 0},
-        {-5, {}, {}, 0},
-        {4, {0, 4}, {}, 0},                                 // no steps
-        {4, {11, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13}, {}, 0},  // too many
-        {4, {2, 5, 8}, {}, 0},                              // first step not the base
-        {4, {3, 4, 8, 8}, {}, 0},                           // not strictly rising
-        {4, {}, {3, 4, 9, 6}, 0},                           // falling
-        {4, {1, 4}, {1, 4}, 1},
-        {1000, {}, {}, 1},  // null tables pass, even no longer starting at the base
-    };
-    for (const Case& c : cases) {
-        ASSERT_EQ(BZoomSetScaleSteps(4, good, goodOut), 1);
-        std::vector<int> in(c.in), out(c.out);
-        in.resize(c.in.empty() ? 0 : 11);
-        out.resize(c.out.empty() ? 0 : 11);
-        EXPECT_EQ(BZoomSetScaleSteps(c.base, in.empty() ? nullptr : in.data(), out.empty() ? nullptr : out.data()), c.want)
-            << "base " << c.base;
-        int gotIn[11], gotOut[11];
-        const int base = BZoomGetScaleSteps(gotIn, gotOut);
-        EXPECT_EQ(base, c.want ? c.base : 4);
-        const std::vector<int> wantIn = c.want && !in.empty() ? in : std::vector<int>(good, good + 11);
-        const std::vector<int> wantOut = c.want && !out.empty() ? out : std::vector<int>(goodOut, goodOut + 11);
-        EXPECT_EQ(std::vector<int>(gotIn, gotIn + 11), wantIn) << "base " << c.base;
-        EXPECT_EQ(std::vector<int>(gotOut, gotOut + 11), wantOut) << "base " << c.base;
+    } cases[] = {{0, {}, 0},         {1001, {}, 0},      {4, {0, 4}, 0},          {4, {2, 5, 8}, 0},
+                 {4, {3, 4, 8, 8}, 0}, {4, {2, 4, 3}, 0}, {4, {11, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13}, 0},
+                 {4, {1, 4}, 1},     {1000, {}, 1}};  // a null table stays, even off the new base
+    for (Case& c : cases) {
+        ASSERT_EQ(BZoomSetScaleSteps(4, in, out), 1);
+        if (!c.table.empty()) c.table.resize(11);
+        EXPECT_EQ(BZoomSetScaleSteps(c.base, c.table.empty() ? nullptr : c.table.data(), nullptr), c.want) << c.base;
+        int got[11], gotOut[11];
+        EXPECT_EQ(BZoomGetScaleSteps(got, gotOut), c.want ? c.base : 4);
+        EXPECT_EQ(V(got, got + 11), c.want && !c.table.empty() ? c.table : V(in, in + 11)) << c.base;
+        EXPECT_EQ(gotOut[2], 9);
     }
-    EXPECT_EQ(BZoomGetScaleSteps(nullptr, nullptr), 1000);
-}
-
-TEST_F(ZoomTables, StepsFollowTablesTheHostSet) {
-    const int in[11] = {3, 4, 8, 12}, out[11] = {2, 4, 9};
     ASSERT_EQ(BZoomSetScaleSteps(4, in, out), 1);
-    EXPECT_EQ(Steps({4, 4}, 18, 3), (std::vector<Scale>{{8, 4}, {12, 4}, {12, 4}}));
-    EXPECT_EQ(Steps({4, 4}, 19, 2), (std::vector<Scale>{{4, 9}, {4, 9}}));
-    int scale[4];
-    prism::RatioToScale(100.0, scale);  // limited to 12 / 4
-    EXPECT_EQ(scale[0], 12);
-    prism::RatioToScale(0.0, scale);  // limited to 4 / 9
-    EXPECT_EQ(scale[1], 9);
-    // Steps of absurd size do not overflow: the fine step is held at the
-    // largest number.
-    const int huge[11] = {2, 4, 2147483647};
+    EXPECT_EQ(Steps(4, 4, 18, 3), V({8, 12, 12}));
+    EXPECT_EQ(Steps(4, 4, 19, 2, true), V({9, 9}));
+    const int huge[11] = {2, 4, 2147483647};  // absurd, yet rising: fine steps stop at the largest number
     ASSERT_EQ(BZoomSetScaleSteps(4, huge, nullptr), 1);
-    EXPECT_EQ(Steps({2147000000, 4}, 20, 2), (std::vector<Scale>{{2147483647, 4}, {2147483647, 4}}));
+    EXPECT_EQ(Steps(2147000000, 4, 20, 2), V({2147483647, 2147483647}));
 }
 
 TEST_F(ZoomTables, RatiosBecomeScalesWithinTheTables) {
-    struct Case {
+    const struct {
         double f;
         int num, den;
-    } cases[] = {
-        {1.0, 10, 10},  {2.0, 20, 10},   {1.26, 13, 10}, {8.0, 80, 10}, {100.0, 80, 10}, {INFINITY, 80, 10},
-        {NAN, 80, 10},  {0.5, 10, 20},   {0.3, 10, 33},  {0.2, 10, 50}, {0.01, 10, 50},  {-3.0, 10, 50},
-    };
-    for (const Case& c : cases) {
+    } cases[] = {{1.0, 10, 10},  {1.26, 13, 10}, {8.0, 80, 10}, {100.0, 80, 10}, {INFINITY, 80, 10}, {NAN, 80, 10},
+                 {0.5, 10, 20},  {0.3, 10, 33},  {0.2, 10, 50}, {0.01, 10, 50},  {-3.0, 10, 50}};
+    for (const auto& c : cases) {
         int scale[4] = {};
         prism::RatioToScale(c.f, scale);
-        EXPECT_EQ((std::vector<int>(scale, scale + 4)), (std::vector<int>{c.num, c.den, c.num, c.den})) << c.f;
+        EXPECT_EQ(V(scale, scale + 4), V({c.num, c.den, c.num, c.den})) << c.f;
     }
-}
-
-TEST(BandSize, SixPixelsOnBothAxesMakeABand) {
-    const RECT band = {100, 100, 100, 100};
-    struct Case {
-        POINT p;
-        bool want;
-    } cases[] = {{{106, 106}, true}, {{94, 94}, true}, {{105, 200}, false}, {{200, 105}, false}, {{100, 100}, false}};
-    for (const Case& c : cases) EXPECT_EQ(prism::BandIsLargeEnough(c.p, band), c.want) << c.p.x << "," << c.p.y;
+    const int in[11] = {2, 4, 12}, out[11] = {2, 4, 9};  // limits from the host's tables
+    ASSERT_EQ(BZoomSetScaleSteps(4, in, out), 1);
+    int high[4], low[4];
+    prism::RatioToScale(100.0, high);
+    prism::RatioToScale(0.0, low);
+    EXPECT_EQ(V({high[0], high[1], low[0], low[1]}), V({12, 4, 4, 9}));
 }
 
 }  // namespace
