@@ -42,6 +42,19 @@ void SetLowMemBars(Viewer& v) {
 
 }  // namespace
 
+// Showing or hiding a scroll bar sends a size message at once, and the
+// library drops a size message that arrives while it handles another: the
+// record can keep the client area from before the bars settled.  Measuring
+// again until it holds the real one gives the right scroll ranges.
+void SettleSize(Viewer& v) {
+    for (int i = 0; i < 3; ++i) {
+        RECT rc;
+        GetClientRect(v.window, &rc);
+        if (EqualRect(&rc, &v.display.clientRect)) return;
+        DisplayWmSize(v.window, SIZE_RESTORED, MAKELPARAM(rc.right, rc.bottom), &v.display);
+    }
+}
+
 std::string LibraryError() {
     char text[128] = {};
     const int code = ImgError();
@@ -100,6 +113,7 @@ void ApplyView(Viewer& v, const int* topLeft) {
     const int zoom[4] = {v.view.zoomNum, v.view.zoomDen, v.view.zoomNum, v.view.zoomDen};
     int origin[4] = {topLeft ? topLeft[0] : 0, topLeft ? topLeft[1] : 0, 0, 0};
     DisplayDIBStart(v.window, v.dib, topLeft ? origin : nullptr, zoom, DisplayFlags(v.view), &v.display);
+    SettleSize(v);
 }
 
 // direction > 0: the next larger step; < 0: the next smaller one.

@@ -39,6 +39,7 @@ void ShowError(HWND owner, const std::string& text);
 std::string LibraryError();
 bool OpenImage(Viewer& v, const std::string& path, std::string* error);
 void ApplyView(Viewer& v, const int* topLeft);
+void SettleSize(Viewer& v);
 void ZoomStep(Viewer& v, int direction);
 void ScrollTo(Viewer& v, int x, int y);
 void LowMemScroll(Viewer& v, int bar, WPARAM wParam);

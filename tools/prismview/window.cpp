@@ -34,10 +34,14 @@ LRESULT OnPaint(Viewer& v) {
 }
 
 LRESULT OnSize(Viewer& v, WPARAM wParam, LPARAM lParam) {
-    if (!v.view.lowMem) DisplayWmSize(v.window, wParam, lParam, &v.display);
-    // The size handler leaves the window as it is; a fitted image changes
-    // with the window, and low-memory painting measures at each paint.
-    if (v.view.fit || v.view.lowMem) InvalidateRect(v.window, nullptr, FALSE);
+    if (!v.view.lowMem) {
+        DisplayWmSize(v.window, wParam, lParam, &v.display);
+        SettleSize(v);
+    }
+    // The size handler leaves the window as it is; a fitted or centred
+    // image moves with the window, and low-memory painting measures at
+    // each paint.
+    if (v.view.fit || v.view.centre || v.view.lowMem) InvalidateRect(v.window, nullptr, FALSE);
     return 0;
 }
 
