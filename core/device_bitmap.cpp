@@ -12,17 +12,6 @@
 namespace prism {
 namespace {
 
-// Is the image of a locked block whole, in a form the graphics system
-// reads: header, table and every row (or, compressed, biSizeImage bytes)
-// inside the block, rows stored bottom first, no bit-field masks?
-bool WholeForDevice(const DibView& v) {
-    if (v.compression == 0) return v.RowsFit();
-    if (v.compression != 1 && v.compression != 2) return false;
-    BITMAPINFOHEADER h;
-    std::memcpy(&h, v.header, sizeof(h));
-    return h.biSizeImage <= v.pixelBytes;
-}
-
 // Makes the device bitmap of an image in a context, through the image's
 // palette where it has one.
 HBITMAP BitmapInContext(HDC dc, HPALETTE palette, const BITMAPINFO* info, const void* bits) {
@@ -94,7 +83,7 @@ PRISM_API HBITMAP WINAPI ConvertDIBToBitmap(HDIB dib) {
     gdi::Owned<HPALETTE> palette(CreateDIBPalette(dib));
     BlockLock lock(dib);
     DibView v;
-    if (!lock || ViewDib(lock.get(), lock.size(), &v) != DibStatus::kOk || !WholeForDevice(v)) {
+    if (!lock || ViewDib(lock.get(), lock.size(), &v) != DibStatus::kOk || !PixelsForDevice(v)) {
         LastImgError = kErrCreateBitmap;
         return nullptr;
     }

@@ -102,6 +102,12 @@ bool RowsInsideBlock(const BITMAPINFOHEADER& header, std::uint64_t blockBytes) {
     return kInfoHeaderSize + colors * 4 + rows * stride <= blockBytes;
 }
 
+bool PixelsForDevice(const DibView& v) {
+    if (v.compression == 0) return v.RowsFit();
+    if (v.compression != 1 && v.compression != 2) return false;
+    return Field<std::uint32_t>(v.header, 20) <= v.pixelBytes;
+}
+
 void CopyHeaderBytes(const void* locked, std::uint64_t blockBytes, BITMAPINFOHEADER* out) {
     std::memset(out, 0, sizeof(*out));
     size_t n = blockBytes < sizeof(*out) ? static_cast<size_t>(blockBytes) : sizeof(*out);

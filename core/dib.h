@@ -144,6 +144,11 @@ DibStatus ViewDib(void* locked, std::uint64_t blockBytes, DibView* view);
 // or below claim no rows.
 bool RowsInsideBlock(const BITMAPINFOHEADER& header, std::uint64_t blockBytes);
 
+// Is the image whole in a form the graphics system reads: every row (or,
+// run-length coded, biSizeImage bytes) inside the block, no bit-field
+// masks?  Rows stored top first were refused by ViewDib already.
+bool PixelsForDevice(const DibView& view);
+
 // Copies up to 40 header bytes of a block into `out`, reading bytes past
 // the block's end as 0.
 void CopyHeaderBytes(const void* locked, std::uint64_t blockBytes, BITMAPINFOHEADER* out);

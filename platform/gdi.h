@@ -24,6 +24,43 @@ using ::GetPaletteEntries;
 using ::GetSystemPaletteEntries;
 using ::RealizePalette;
 using ::SetDIBits;
+// window display
+using ::CombineRgn;
+using ::CreateRectRgn;
+using ::CreateRectRgnIndirect;
+using ::DeleteObject;
+using ::DPtoLP;
+using ::ExcludeClipRect;
+using ::GetClientRect;
+using ::GetClipBox;
+using ::GetScrollRange;
+using ::GetViewportExtEx;
+using ::GetWindowExtEx;
+using ::IntersectRect;
+using ::InvalidateRect;
+using ::InvalidateRgn;
+using ::LPtoDP;
+using ::OffsetRect;
+using ::PatBlt;
+using ::ScaleViewportExtEx;
+using ::ScaleWindowExtEx;
+using ::ScrollDC;
+using ::SetBkColor;
+using ::SetBkMode;
+using ::SetMapMode;
+using ::SetScrollPos;
+using ::SetScrollRange;
+using ::SetStretchBltMode;
+using ::SetViewportExtEx;
+using ::SetWindowExtEx;
+using ::SetWindowOrgEx;
+using ::ShowScrollBar;
+using ::GetClassLongPtrA;
+using ::StretchBlt;
+using ::StretchDIBits;
+using ::UpdateWindow;
+using ::ValidateRect;
+using ::ValidateRgn;
 
 // GetObjectA of a bitmap into the record of this build's size (24 bytes in
 // a 32-bit process, 32 in a 64-bit one).  False for anything not a bitmap.
@@ -89,21 +126,55 @@ private:
     HGDIOBJ old_;
 };
 
-// SelectPalette (foreground) for a scope; the old palette goes back at the
-// end.  A null palette selects nothing.
+// SelectPalette for a scope (foreground unless asked for background); the
+// old palette goes back at the end, the same way.  A null palette selects
+// nothing.
 class PaletteSelection {
 public:
-    PaletteSelection(HDC dc, HPALETTE palette)
-        : dc_(dc), old_(dc && palette ? ::SelectPalette(dc, palette, FALSE) : nullptr) {}
+    PaletteSelection(HDC dc, HPALETTE palette, bool background = false)
+        : dc_(dc), background_(background ? TRUE : FALSE),
+          old_(dc && palette ? ::SelectPalette(dc, palette, background_) : nullptr) {}
     ~PaletteSelection() {
-        if (old_) ::SelectPalette(dc_, old_, FALSE);
+        if (old_) ::SelectPalette(dc_, old_, background_);
     }
     PaletteSelection(const PaletteSelection&) = delete;
     PaletteSelection& operator=(const PaletteSelection&) = delete;
 
 private:
     HDC dc_;
+    BOOL background_;
     HPALETTE old_;
+};
+
+// SaveDC for a scope; RestoreDC at the end.
+class SavedState {
+public:
+    explicit SavedState(HDC dc) : dc_(dc), level_(dc ? ::SaveDC(dc) : 0) {}
+    ~SavedState() {
+        if (level_) ::RestoreDC(dc_, level_);
+    }
+    SavedState(const SavedState&) = delete;
+    SavedState& operator=(const SavedState&) = delete;
+
+private:
+    HDC dc_;
+    int level_;
+};
+
+// BeginPaint and EndPaint.
+class PaintContext {
+public:
+    explicit PaintContext(HWND window) : window_(window), dc_(::BeginPaint(window, &paint_)) {}
+    ~PaintContext() { ::EndPaint(window_, &paint_); }
+    PaintContext(const PaintContext&) = delete;
+    PaintContext& operator=(const PaintContext&) = delete;
+    HDC get() const { return dc_; }
+    const RECT& area() const { return paint_.rcPaint; }
+
+private:
+    HWND window_;
+    PAINTSTRUCT paint_ = {};
+    HDC dc_;
 };
 
 // A GDI object deleted at the end of the scope unless handed out.
