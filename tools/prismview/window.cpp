@@ -11,6 +11,7 @@ namespace {
 
 constexpr char kClassName[] = "PrismViewWindow";
 constexpr DWORD kStyle = WS_OVERLAPPEDWINDOW | WS_HSCROLL | WS_VSCROLL;
+constexpr UINT kRepaint = WM_APP + 1;  // repaint the whole window, posted
 
 Viewer* ViewerOf(HWND window) { return reinterpret_cast<Viewer*>(GetWindowLongPtrA(window, GWLP_USERDATA)); }
 
@@ -39,9 +40,12 @@ LRESULT OnSize(Viewer& v, WPARAM wParam, LPARAM lParam) {
         SettleSize(v);
     }
     // The size handler leaves the window as it is; a fitted or centred
-    // image moves with the window, and low-memory painting measures at
-    // each paint.
-    if (v.view.fit || v.view.centre || v.view.lowMem) InvalidateRect(v.window, nullptr, FALSE);
+    // image moves with the window.
+    if (v.view.fit || v.view.centre) InvalidateRect(v.window, nullptr, FALSE);
+    // Low-memory painting shows and hides the scroll bars inside its own
+    // paint and then validates the window, so the strip a vanished bar
+    // leaves would stay unpainted: paint again once this paint is over.
+    if (v.view.lowMem) PostMessageA(v.window, kRepaint, 0, 0);
     return 0;
 }
 
@@ -143,6 +147,7 @@ LRESULT CALLBACK ViewerProc(HWND window, UINT message, WPARAM wParam, LPARAM lPa
         case WM_COMMAND: return OnCommand(*v, LOWORD(wParam));
         case WM_INITMENUPOPUP: return OnInitMenu(*v, reinterpret_cast<HMENU>(wParam));
         case WM_DESTROY: return OnDestroy(*v, wParam, lParam);
+        case kRepaint: InvalidateRect(window, nullptr, FALSE); return 0;
         default: return DefWindowProcA(window, message, wParam, lParam);
     }
 }
