@@ -6,7 +6,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <functional>
 #include <string>
 
@@ -117,7 +119,8 @@ TEST(ViewerScripted, DoubledNegativeImageScrolledToItsLastCorner) {
     ASSERT_LT(s.width, 200);
     ASSERT_LT(s.height, 160);
     // The scroll range ends where the image's last device column meets the
-    // client's right edge.
+    // client's right edge; it reaches there only if the record holds the
+    // client area left once both bars have appeared.
     const int px = 200 - s.width, py = 160 - s.height;
     ExpectPixels(s, [&](int u, int v) {
         const int x = AtDoubled(u, px, 100), y = AtDoubled(v, py, 80);
@@ -130,7 +133,8 @@ TEST(ViewerScripted, LowMemoryFitSamplesThroughTheSoftwareStretcher) {
     ASSERT_GT(s.width, 16);
     // Fit keeps the proportions; the stretcher takes source column
     // (i + 1/2) * 16 / width rounded down and leaves the rows and columns
-    // that would round to the image's size at 0.
+    // that would round to the image's size at 0.  Below the picture lies
+    // the paint context's own brush, not the class brush.
     const float scale = std::min(static_cast<float>(s.height) / 8.0f, static_cast<float>(s.width) / 16.0f);
     const int w = static_cast<int>(scale * 16.0f), h = static_cast<int>(scale * 8.0f);
     ExpectPixels(s, [&](int u, int v) {
