@@ -276,11 +276,17 @@ TEST(WindowDisplay, NullWindowsAndRecordsAreQuiet) {
     EXPECT_EQ(DisplayDIBImageDC(nullptr, nullptr), 0u);
     // A zoom of 0/0 reaches the graphics system as it is, and must not stop
     // the record from working.
-    const int zero[4] = {0, 0, 0, 0};
-    DisplayWmCreate(nullptr, 0, 0, &gState);
-    EXPECT_EQ(DisplayDIBStart(TestWindow(), dib, nullptr, zero, 0, &gState), 0u);
-    Settle(TestWindow());
-    DisplayWmDestroy(nullptr, 0, 0, &gState);
+    HWND gone = CreateWindowA("STATIC", "", WS_POPUP, 0, 0, 50, 50, nullptr, nullptr, nullptr, nullptr);
+    DestroyWindow(gone);
+    const int zero[4] = {0, 0, 0, 0}, tiny[4] = {1, 1000000, 1, 1000000};
+    for (const int* zoom : {zero, tiny}) {
+        DisplayWmCreate(nullptr, 0, 0, &gState);
+        EXPECT_EQ(DisplayDIBStart(TestWindow(), dib, nullptr, zoom, 0, &gState), 0u);
+        Settle(TestWindow());
+        EXPECT_EQ(DisplayDIBStart(gone, dib, nullptr, zoom, DF_CENTRE, &gState), UINT(DF_CENTRE));
+        EXPECT_EQ(DisplayWmVertScroll(gone, SB_PAGEDOWN, 0, &gState), 0);
+        DisplayWmDestroy(nullptr, 0, 0, &gState);
+    }
     GlobalFree(dib);
 }
 
