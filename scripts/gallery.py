@@ -5,6 +5,7 @@ Reads the steps file run-main writes (tab-separated: section, label,
 command, source, result, milliseconds, status, output) and shows each
 result beside its source, with the operation and its arguments under it.
 PNG copies (same name, .png) are shown in place of BMP files when present.
+Steps run by prismview show the screenshot of its window as their result.
 Standard library only.
 """
 import html
@@ -118,7 +119,9 @@ def main():
                 out.append(f'<div class="card{bad}"><div class="pair">')
                 out.append(figure(folder, source, "source"))
                 if status == "ok":
-                    out.append(figure(folder, result, "result"))
+                    # The viewer's steps save what its window showed.
+                    shown_as = "screenshot" if command.startswith("prismview ") else "result"
+                    out.append(figure(folder, result, shown_as))
                 else:
                     out.append(f'<div class="pic none">failed: {html.escape(output)}</div>')
                 out.append("</div>")

@@ -55,11 +55,40 @@ int main(int argc, char** argv) {
     }, reps);
     ReleaseDC(nullptr, screen);
     DeleteObject(made);
+
+    // One full paint of the image fitted into an 800 by 600 window.
+    const int cw = smoke ? 80 : 800, ch = smoke ? 60 : 600;
+    HWND window = CreateWindowA("STATIC", "", WS_POPUP | WS_VISIBLE, 0, 0, cw, ch, nullptr, nullptr, nullptr, nullptr);
+    DisplayState state;
+    DisplayWmCreate(window, 0, 0, &state);
+    DisplayDIBStart(window, dib, nullptr, nullptr, DF_FIT, &state);
+    HDC windowDC = GetDC(window);
+    const double mapped = Median([&] { DisplayDIBImageDC(windowDC, &state); }, reps);
+    auto direct = [&](int lowMem) {
+        SetLowMemStretch(lowMem);
+        return Median([&] {
+            InvalidateRect(window, nullptr, FALSE);
+            DisplayDIBImage(window, dib, nullptr, nullptr, DF_FIT);
+        }, reps);
+    };
+    const double directGdi = direct(0), directLowMem = direct(1);
+    const double plainStretch = Median([&] {
+        auto* info = static_cast<BITMAPINFO*>(GlobalLock(dib));
+        SetStretchBltMode(windowDC, COLORONCOLOR);
+        StretchDIBits(windowDC, 0, 0, cw, ch * 3 / 4, 0, 0, w, h, reinterpret_cast<unsigned char*>(info) + 40, info,
+                      DIB_RGB_COLORS, SRCCOPY);
+        GlobalUnlock(dib);
+    }, reps);
+    ReleaseDC(window, windowDC);
+    DisplayWmDestroy(window, 0, 0, &state);
+    DestroyWindow(window);
     GlobalFree(dib);
     std::printf("%dx%d 24-bit, median of %d, ms\n", w, h, reps);
     std::printf("ConvertDIBToBitmap  %8.1f   CreateDIBitmap of the same bytes %8.1f   ratio %.2f\n", toBitmap,
                 plainSet, toBitmap / plainSet);
     std::printf("ConvertBitmapToDIB  %8.1f   GetDIBits of the whole image     %8.1f   ratio %.2f\n", toDib, plainGet,
                 toDib / plainGet);
+    std::printf("fit into %dx%d: mapped display %8.1f   direct %8.1f   direct, low-memory %8.1f   plain StretchDIBits %8.1f\n",
+                cw, ch, mapped, directGdi, directLowMem, plainStretch);
     return 0;
 }

@@ -222,6 +222,27 @@ std::vector<Operation> Operations() {
                        DeleteObject(CreateDIBPalette(dib));
                        return HGLOBAL(nullptr);
                    }});
+    // Shown in a window: started, painted, scrolled and painted directly.
+    ops.push_back({"Display", [](HGLOBAL dib) {
+                       static HWND window = CreateWindowA("STATIC", "", WS_POPUP | WS_VISIBLE | WS_HSCROLL | WS_VSCROLL, 0,
+                                                          0, 200, 150, nullptr, nullptr, nullptr, nullptr);
+                       DisplayState state;
+                       const int zoom[4] = {3, 1, 3, 1}, position[4] = {0, 0, 5, 5};
+                       int cpp[4] = {0, 0, 0, 0};
+                       DisplayWmCreate(window, 0, 0, &state);
+                       DisplayDIBStart(window, dib, nullptr, zoom, DF_CENTRE | DF_MAKE_BITMAP, &state);
+                       DisplayWmVertScroll(window, SB_PAGEDOWN, 0, &state);
+                       InvalidateRect(window, nullptr, FALSE);
+                       DisplayWmPaint(window, &state);
+                       DisplayWmDestroy(window, 0, 0, &state);
+                       SetLowMemStretch(1);
+                       DisplayDIBImage(window, dib, position, zoom, 0);
+                       SetLowMemStretch(0);
+                       DisplayDIBImage(window, dib, position, nullptr, DF_FIT);
+                       DisplayCPPSize(window, dib, cpp, zoom, DF_CENTRE, MAKELPARAM(200, 150));
+                       DisplayCPPImage(window, dib, cpp, zoom, 0);
+                       return HGLOBAL(nullptr);
+                   }});
 #endif
     return ops;
 }
