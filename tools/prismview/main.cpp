@@ -33,6 +33,25 @@ void DispatchPending() {
     }
 }
 
+// The gestures a user would make, in order: the band (its moves and the
+// release queued before the press, as the blocking loop reads them), the
+// zoom steps, the lens.
+void Gestures(Viewer& v, const Options& o) {
+    if (o.hasBand) {
+        const LPARAM end = MAKELPARAM(o.band[2], o.band[3]);
+        PostMessageA(v.window, WM_MOUSEMOVE, MK_LBUTTON, end);
+        PostMessageA(v.window, WM_LBUTTONUP, 0, end);
+        BandZoom(v, POINT{o.band[0], o.band[1]});
+    }
+    for (int step : o.steps) ZoomStep(v, step);
+    UpdateWindow(v.window);
+    DispatchPending();
+    if (o.lens) {
+        SetLens(v, true);
+        LensAt(v, POINT{o.lensX, o.lensY});
+    }
+}
+
 int RunScripted(const Options& o, HINSTANCE instance) {
     Viewer v;
     v.view = o.view;
@@ -46,6 +65,7 @@ int RunScripted(const Options& o, HINSTANCE instance) {
     std::string error;
     bool ok = OpenImage(v, o.file, &error);
     if (ok && o.scroll) ScrollTo(v, o.scrollX, o.scrollY);
+    if (ok) Gestures(v, o);
     if (ok) {
         UpdateWindow(v.window);
         DispatchPending();

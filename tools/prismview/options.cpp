@@ -8,7 +8,8 @@ namespace viewer {
 
 const char kUsage[] =
     "usage: prismview [FILE] [--size WxH] [--fit] [--zoom N/D] [--scroll X,Y] [--centre]\n"
-    "                 [--negative] [--lowmem] [--screenshot OUT.bmp]\n"
+    "                 [--negative] [--lowmem] [--band X0,Y0,X1,Y1] [--step in|out]...\n"
+    "                 [--lens X,Y] [--screenshot OUT.bmp]\n"
     "  --size WxH        client area in pixels (default 800x600)\n"
     "  --fit             the whole image in the window (the default without --zoom)\n"
     "  --zoom N/D        N/D device pixels per image pixel\n"
@@ -16,6 +17,9 @@ const char kUsage[] =
     "  --centre          centre the image in the window\n"
     "  --negative        show the image inverted\n"
     "  --lowmem          paint through the library's low-memory stretchers\n"
+    "  --band X0,Y0,X1,Y1  drag a zoom band between two client points (as Ctrl and the left button)\n"
+    "  --step in|out     one step of the zoom table (as the wheel or + and -); may be repeated\n"
+    "  --lens X,Y        the magnifier at a client point (as View > Magnifier)\n"
     "  --screenshot OUT  open, paint, save the client area as a BMP file and exit:\n"
     "                    0 when done, 1 with the library's error text on stderr\n";
 
@@ -66,6 +70,20 @@ bool ParseOptions(const std::vector<std::string>& args, Options* o, std::string*
         } else if (a == "--scroll" && hasValue) {
             if (!ParsePair(value(), ',', &o->scrollX, &o->scrollY)) return *error = "--scroll wants X,Y", false;
             o->scroll = true;
+        } else if (a == "--band" && hasValue) {
+            const std::string v = value();
+            const size_t mid = v.find(',', v.find(',') + 1);
+            if (mid == std::string::npos || !ParsePair(v.substr(0, mid), ',', &o->band[0], &o->band[1]) ||
+                !ParsePair(v.substr(mid + 1), ',', &o->band[2], &o->band[3]))
+                return *error = "--band wants X0,Y0,X1,Y1", false;
+            o->hasBand = true;
+        } else if (a == "--step" && hasValue) {
+            const std::string v = value();
+            if (v != "in" && v != "out") return *error = "--step wants in or out", false;
+            o->steps.push_back(v == "in" ? 1 : -1);
+        } else if (a == "--lens" && hasValue) {
+            if (!ParsePair(value(), ',', &o->lensX, &o->lensY)) return *error = "--lens wants X,Y", false;
+            o->lens = true;
         } else if (a == "--screenshot" && hasValue) {
             o->screenshot = value();
         } else if (a.compare(0, 2, "--") == 0) {

@@ -14,6 +14,11 @@ struct Options {
     ViewSettings view;
     bool scroll = false;
     int scrollX = 0, scrollY = 0;
+    bool hasBand = false;
+    int band[4] = {};               // zoom band: start and end, client pixels
+    std::vector<int> steps;         // zoom steps: 1 in, -1 out
+    bool lens = false;
+    int lensX = 0, lensY = 0;
     std::string screenshot;         // scripted mode when set
     bool help = false;
 };

@@ -14,3 +14,4 @@
 #define IDM_CENTRE 205
 #define IDM_NEGATIVE 206
 #define IDM_LOWMEM 207
+#define IDM_LENS 208

@@ -4,30 +4,15 @@
 #include "viewer.h"
 
 #include <algorithm>
-#include <iterator>
 
 namespace viewer {
 namespace {
 
-// Zoom steps of View > Zoom in and Zoom out, as fractions.
-struct Fraction {
-    int num, den;
-};
-constexpr Fraction kZoomSteps[] = {{1, 16}, {1, 8}, {1, 6}, {1, 4}, {1, 3}, {1, 2}, {2, 3}, {1, 1},
-                                   {3, 2},  {2, 1}, {3, 1}, {4, 1}, {6, 1}, {8, 1}, {12, 1}, {16, 1}};
-
-UINT DisplayFlags(const ViewSettings& s) {
-    return (s.fit ? DF_FIT : 0) | (s.centre ? DF_CENTRE : 0) | (s.negative ? DF_NEGATIVE : 0);
-}
-
-// The scale the window shows now: the zoom, or in fit mode the whole image
-// in the client area.  Only used to pick the next zoom step.
-double ShownScale(const Viewer& v) {
-    if (!v.view.fit) return static_cast<double>(v.view.zoomNum) / v.view.zoomDen;
-    RECT rc;
-    GetClientRect(v.window, &rc);
-    if (v.imageWidth < 1 || v.imageHeight < 1) return 1.0;
-    return std::min(static_cast<double>(rc.right) / v.imageWidth, static_cast<double>(rc.bottom) / v.imageHeight);
+UINT DisplayFlags(const Viewer& v) {
+    const ViewSettings& s = v.view;
+    // The lens enlarges a device bitmap of the image.
+    return (s.fit ? DF_FIT : 0) | (s.centre ? DF_CENTRE : 0) | (s.negative ? DF_NEGATIVE : 0) |
+           (v.lens ? DF_MAKE_BITMAP : 0);
 }
 
 // Low-memory painting sets no scroll ranges of its own, only shows and
@@ -112,36 +97,8 @@ void ApplyView(Viewer& v, const int* topLeft) {
     }
     const int zoom[4] = {v.view.zoomNum, v.view.zoomDen, v.view.zoomNum, v.view.zoomDen};
     int origin[4] = {topLeft ? topLeft[0] : 0, topLeft ? topLeft[1] : 0, 0, 0};
-    DisplayDIBStart(v.window, v.dib, topLeft ? origin : nullptr, zoom, DisplayFlags(v.view), &v.display);
+    DisplayDIBStart(v.window, v.dib, topLeft ? origin : nullptr, zoom, DisplayFlags(v), &v.display);
     SettleSize(v);
-}
-
-// direction > 0: the next larger step; < 0: the next smaller one.
-void ZoomStep(Viewer& v, int direction) {
-    const double now = ShownScale(v);
-    const Fraction* pick = nullptr;
-    if (direction > 0) {
-        for (const Fraction& f : kZoomSteps)
-            if (static_cast<double>(f.num) / f.den > now * 1.001) {
-                pick = &f;
-                break;
-            }
-    } else {
-        for (auto f = std::rbegin(kZoomSteps); f != std::rend(kZoomSteps); ++f)
-            if (static_cast<double>(f->num) / f->den < now * 0.999) {
-                pick = &*f;
-                break;
-            }
-    }
-    if (!pick) return;
-    // The image point at the top left corner stays there.
-    const int topLeft[2] = {std::max(0, v.display.viewLeft), std::max(0, v.display.viewTop)};
-    const bool wasFit = v.view.fit;
-    v.view.fit = false;
-    v.view.zoomNum = pick->num;
-    v.view.zoomDen = pick->den;
-    ApplyView(v, wasFit || v.view.lowMem ? nullptr : topLeft);
-    UpdateTitle(v);
 }
 
 // Scrolls as a user would: through DisplaySetScrollPos (device pixels) on

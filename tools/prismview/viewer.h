@@ -28,6 +28,7 @@ struct Viewer {
     // Low-memory painting keeps its position itself: [2], [3] are image
     // pixels along the whole width and height, as DisplayDIBImage reads them.
     int position[4] = {};
+    bool lens = false;              // the magnifier follows the pointer
 };
 
 // window.cpp
@@ -40,10 +41,15 @@ std::string LibraryError();
 bool OpenImage(Viewer& v, const std::string& path, std::string* error);
 void ApplyView(Viewer& v, const int* topLeft);
 void SettleSize(Viewer& v);
-void ZoomStep(Viewer& v, int direction);
 void ScrollTo(Viewer& v, int x, int y);
 void LowMemScroll(Viewer& v, int bar, WPARAM wParam);
 void UpdateTitle(const Viewer& v);
+
+// gestures.cpp
+void BandZoom(Viewer& v, POINT from);
+void ZoomStep(Viewer& v, int direction, const POINT* about = nullptr);
+void SetLens(Viewer& v, bool on);
+void LensAt(Viewer& v, POINT at);
 
 // screenshot.cpp
 bool SaveClientArea(HWND window, const std::string& path, std::string* error);

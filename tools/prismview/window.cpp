@@ -103,6 +103,7 @@ LRESULT OnCommand(Viewer& v, int id) {
         case IDM_CENTRE: s.centre = !s.centre; break;
         case IDM_NEGATIVE: s.negative = !s.negative; break;
         case IDM_LOWMEM: s.lowMem = !s.lowMem; break;
+        case IDM_LENS: SetLens(v, !v.lens); return 0;
         default: return 0;
     }
     ApplyView(v, nullptr);
@@ -117,10 +118,26 @@ LRESULT OnInitMenu(const Viewer& v, HMENU menu) {
     check(IDM_CENTRE, v.view.centre);
     check(IDM_NEGATIVE, v.view.negative);
     check(IDM_LOWMEM, v.view.lowMem);
+    check(IDM_LENS, v.lens);
+    return 0;
+}
+
+// Ctrl and the left button: a rubber band to zoom into; the wheel steps
+// the zoom; with the lens on, it follows the pointer.
+LRESULT OnMouse(Viewer& v, UINT message, WPARAM wParam, LPARAM lParam) {
+    const POINT at = {static_cast<short>(LOWORD(lParam)), static_cast<short>(HIWORD(lParam))};
+    if (message == WM_LBUTTONDOWN && (wParam & MK_CONTROL)) BandZoom(v, at);
+    if (message == WM_MOUSEMOVE) LensAt(v, at);
+    if (message == WM_MOUSEWHEEL) {
+        POINT client = at;  // the wheel tells screen coordinates
+        ScreenToClient(v.window, &client);
+        ZoomStep(v, static_cast<short>(HIWORD(wParam)) > 0 ? 1 : -1, &client);
+    }
     return 0;
 }
 
 LRESULT OnDestroy(Viewer& v, WPARAM wParam, LPARAM lParam) {
+    SetLens(v, false);
     DisplayWmDestroy(v.window, wParam, lParam, &v.display);
     if (v.dib) GlobalFree(v.dib);
     v.dib = nullptr;
@@ -144,6 +161,9 @@ LRESULT CALLBACK ViewerProc(HWND window, UINT message, WPARAM wParam, LPARAM lPa
         case WM_HSCROLL: return OnScroll(*v, SB_HORZ, wParam, lParam);
         case WM_VSCROLL: return OnScroll(*v, SB_VERT, wParam, lParam);
         case WM_KEYDOWN: return OnKeyDown(*v, wParam);
+        case WM_LBUTTONDOWN:
+        case WM_MOUSEMOVE:
+        case WM_MOUSEWHEEL: return OnMouse(*v, message, wParam, lParam);
         case WM_COMMAND: return OnCommand(*v, LOWORD(wParam));
         case WM_INITMENUPOPUP: return OnInitMenu(*v, reinterpret_cast<HMENU>(wParam));
         case WM_DESTROY: return OnDestroy(*v, wParam, lParam);
