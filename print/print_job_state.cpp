@@ -1,0 +1,13 @@
+// The library-wide print job, and PrintPageContinue, which only marks the
+// open sheet for the next image and so needs no graphics system.
+#include "print/print_job_state.h"
+
+namespace prism {
+PrintJobState PrintJob = {};
+}  // namespace prism
+
+// Lets the next PrintDIBPage draw on the sheet already open: several images
+// share one page, each with its own offsets.
+extern "C" void WINAPI PrintPageContinue(void) {
+    prism::PrintJob.PageClosed = 1;
+}
