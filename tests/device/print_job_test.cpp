@@ -11,6 +11,7 @@
 
 #include <cstring>
 #include <string>
+#include <vector>
 
 using namespace testing_support;
 
@@ -106,6 +107,163 @@ TEST_F(PrintJobTest, PlacesTheImageOnThePage) {
         EXPECT_LT(page.at(mx, box.top + h / 4), 40);
         EXPECT_NEAR(page.at(mx, box.bottom - 1 - h / 4), 96, 20);
     }
+}
+
+TEST_F(PrintJobTest, PagesAndCopies) {
+    HDIB dib = TwoTone(300, 300);
+    const int dpi30[2] = {30, 30};  // 10 inches square: scaled to fit by 0.85, banded
+    struct Case {
+        const char* name;
+        int copies, fit;
+        bool secondImage, sameSheet;
+        int pages;
+        std::vector<int> stretchPages;
+    } cases[] = {
+        {"no copies", 0, 0, false, false, 0, {}},
+        {"negative copies", -2, 0, false, false, 0, {}},
+        // This driver ignores a second StartPage while a page is open, so
+        // unbanded copies land on one sheet; a real printer feeds one each.
+        {"three copies", 3, 0, false, false, 1, {1, 1, 1}},
+        // The band escape closes the page itself after the last band.
+        {"two banded copies", 2, 1, false, false, 2, {1, 2}},
+        {"two images, two sheets", 1, 0, true, false, 2, {1, 2}},
+        {"two images, one sheet", 1, 0, true, true, 1, {1, 1}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        DeleteFileA(PrinterOutput().c_str());
+        PrintOptions o = Options(c.copies);
+        o.ScaleToFit = o.UseImageDPI = c.fit;
+        ASSERT_EQ(PrepareToPrint(nullptr, CreateTestPrinterDC(), &o, "pages", 2), 0);
+        EXPECT_EQ(PrintDIBPage(dib, dpi30, 0, 0, 0, 0), 0);
+        if (c.sameSheet) PrintPageContinue();
+        if (c.secondImage) {
+            EXPECT_EQ(PrintDIBPage(dib, dpi30, 0, 1, 0, 0), 0);
+        }
+        EXPECT_EQ(EndPrint(nullptr), 0);
+        const Printed p = ReadPrinted();
+        EXPECT_EQ(p.pages, c.pages);
+        EXPECT_EQ(p.stretchPage, c.stretchPages);
+    }
+    GlobalFree(dib);
+}
+
+TEST_F(PrintJobTest, RefusedImagesAndPrinters) {
+    HDIB good = TwoTone(8, 8);
+    HDIB freed = TwoTone(8, 8);
+    GlobalFree(freed);
+    HDIB core = TwoTone(8, 8, 12);
+    HDIB shortBlock = BlockFrom(Bytes(60, 0));
+    reinterpret_cast<std::uint32_t*>(GlobalLock(shortBlock))[0] = 40;
+    reinterpret_cast<std::int32_t*>(GlobalLock(shortBlock))[1] = 100;  // 100 x 100 claimed
+    reinterpret_cast<std::int32_t*>(GlobalLock(shortBlock))[2] = 100;
+    GlobalUnlock(shortBlock), GlobalUnlock(shortBlock), GlobalUnlock(shortBlock);
+    const std::string device = TestPrinterDevice();
+    const std::string noPrinter = "NoSuchPrinter,WINEPS.DRV," + PrinterOutput();
+    struct Case {
+        const char* name;
+        const char* device;  // "device" of "windows"; null: none
+        HDIB dib;
+        int result, stretches;
+    } cases[] = {
+        {"default printer", device.c_str(), good, 0, 1},
+        {"no default printer", nullptr, good, 23, 0},
+        {"name only", "PrismTestPrinter", good, 23, 0},
+        {"printer not installed", noPrinter.c_str(), good, 23, 0},
+        // A refused image prints nothing; the job still ends cleanly.
+        {"null image", device.c_str(), nullptr, 0, 0},
+        {"freed image", device.c_str(), freed, 0, 0},
+        {"core header", device.c_str(), core, 0, 0},
+        {"rows past the block", device.c_str(), shortBlock, 0, 0},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        DeleteFileA(PrinterOutput().c_str());
+        DefaultPrinter printer(c.device);
+        PrintOptions o = Options();
+        EXPECT_EQ(PrintDIB(nullptr, nullptr, c.dib, "doc", nullptr, &o, 0), c.result);
+        EXPECT_EQ(ReadPrinted().stretches.size(), static_cast<size_t>(c.stretches));
+    }
+    // The page itself refuses an image it cannot draw.
+    PrintOptions o = Options();
+    ASSERT_EQ(PrepareToPrint(nullptr, CreateTestPrinterDC(), &o, "doc", 1), 0);
+    EXPECT_EQ(PrintDIBPage(core, nullptr, 0, 0, 0, 0), -1);
+    EXPECT_EQ(EndPrint(nullptr), 0);
+    GlobalFree(good), GlobalFree(core), GlobalFree(shortBlock);
+}
+
+// A host window that starts a second job while the first one prints, from
+// the abort procedure's message loop.
+struct Reentry {
+    HDIB dib;
+    int prepare = 99, printDib = 99, calls = 0;
+};
+LRESULT CALLBACK ReentryWindow(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message != WM_APP) return DefWindowProcA(window, message, wParam, lParam);
+    auto* r = reinterpret_cast<Reentry*>(lParam);
+    PrintOptions o = Options();
+    r->prepare = PrepareToPrint(nullptr, nullptr, &o, "inner", 1);
+    HDC inner = CreateTestPrinterDC();
+    r->printDib = PrintDIB(nullptr, inner, r->dib, "inner", nullptr, &o, 0);
+    DeleteDC(inner);
+    ++r->calls;
+    return 0;
+}
+
+TEST_F(PrintJobTest, OneJobAtATime) {
+    WNDCLASSA wc = {};
+    wc.lpfnWndProc = ReentryWindow;
+    wc.hInstance = GetModuleHandleA(nullptr);
+    wc.lpszClassName = "PrismPrintReentry";
+    RegisterClassA(&wc);
+    HWND window = CreateWindowA(wc.lpszClassName, "", 0, 0, 0, 1, 1, nullptr, nullptr, wc.hInstance, nullptr);
+    Reentry r{TwoTone(30, 30)};
+    PrintOptions o = Options();
+    HDC dc = CreateTestPrinterDC();
+    ASSERT_EQ(PrepareToPrint(nullptr, dc, &o, "outer", 1), 0);
+    PostMessageA(window, WM_APP, 0, reinterpret_cast<LPARAM>(&r));
+    EXPECT_EQ(PrintDIBPage(r.dib, nullptr, 0, 0, 0, 0), 0);
+    EXPECT_EQ(r.calls, 1);
+    EXPECT_EQ(r.prepare, -1);
+    EXPECT_EQ(r.printDib, -1);
+    EXPECT_EQ(EndPrint(nullptr), 0);
+    EXPECT_EQ(GetObjectType(dc), 0u);  // the job's context is gone
+    const Printed p = ReadPrinted();
+    EXPECT_EQ(p.title, "outer");
+    EXPECT_EQ(p.stretches.size(), 1u);
+    // A second EndPrint finds no job and leaves new contexts alone.
+    HDC other = CreateTestPrinterDC();
+    EXPECT_EQ(EndPrint(nullptr), -1);
+    EXPECT_NE(GetObjectType(other), 0u);
+    DeleteDC(other);
+    DestroyWindow(window);
+    GlobalFree(r.dib);
+}
+
+TEST_F(PrintJobTest, AbortProcedure) {
+    using prism::PrintJob;
+    struct Case {
+        int userAbort, code;
+        BOOL answer;
+        int printError, userAbortAfter;
+        bool pumps;
+    } cases[] = {
+        {0, 0, TRUE, 7, 0, true},       // goes on, hands messages on, PrintError untouched
+        {0, -3, FALSE, -3, 1, false},   // the spooler stops the job
+        {1, 0, FALSE, 0, 1, false},     // cancelled before: stays stopped
+    };
+    for (const Case& c : cases) {
+        PrintJob.UserAbort = c.userAbort;
+        PrintJob.PrintError = 7;
+        PrintJob.CancelDialog = nullptr;
+        PostThreadMessageA(GetCurrentThreadId(), WM_APP + 1, 0, 0);
+        EXPECT_EQ(PrintAbortProc(nullptr, c.code), c.answer);
+        EXPECT_EQ(PrintJob.PrintError, c.printError);
+        EXPECT_EQ(PrintJob.UserAbort, c.userAbortAfter);
+        MSG m;
+        EXPECT_EQ(PeekMessageA(&m, nullptr, WM_APP + 1, WM_APP + 1, PM_REMOVE) == 0, c.pumps) << c.code;
+    }
+    PrintJob.UserAbort = 0;
 }
 
 }  // namespace
