@@ -155,4 +155,132 @@ TEST_F(PrintDialogTest, CancelDialogAbortsTheDocument) {
     GlobalFree(dib);
 }
 
+// What the watchdog does in PRINTERSETUP, and what it saw.
+struct SetupVisit {
+    enum Action { kOkSecondPort, kCancel, kDoubleClick, kSetupThenCancel } action = kCancel;
+    std::vector<std::string> lines;
+    std::string selected;
+    LRESULT defaultAfterSetup = 0;
+};
+
+std::string ListText(HWND dialog, LRESULT index) {
+    char text[512] = {};
+    SendDlgItemMessageA(dialog, IDC_SETUP_LIST, LB_GETTEXT, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(text));
+    return text;
+}
+
+void DriveSetupDialog(HWND dialog, void* context) {
+    auto* v = static_cast<SetupVisit*>(context);
+    const LRESULT count = SendDlgItemMessageA(dialog, IDC_SETUP_LIST, LB_GETCOUNT, 0, 0);
+    for (LRESULT i = 0; i < count; ++i) v->lines.push_back(ListText(dialog, i));
+    v->selected = ListText(dialog, SendDlgItemMessageA(dialog, IDC_SETUP_LIST, LB_GETCURSEL, 0, 0));
+    for (LRESULT i = 0; i < count; ++i)
+        if (ListText(dialog, i).rfind("PrismTwoPorts on FILE2:", 0) == 0)
+            SendDlgItemMessageA(dialog, IDC_SETUP_LIST, LB_SETCURSEL, static_cast<WPARAM>(i), 0);
+    switch (v->action) {
+        case SetupVisit::kOkSecondPort: Press(dialog, IDOK); break;
+        case SetupVisit::kCancel: Press(dialog, IDCANCEL); break;
+        case SetupVisit::kDoubleClick: Press(dialog, IDC_SETUP_LIST, LBN_DBLCLK); break;
+        case SetupVisit::kSetupThenCancel:
+            Press(dialog, IDC_SETUP_DRIVER);
+            v->defaultAfterSetup = LOWORD(SendMessageA(dialog, DM_GETDEFID, 0, 0));
+            Press(dialog, IDCANCEL);
+            break;
+    }
+}
+
+std::string DefaultDevice() {
+    char device[256] = {};
+    GetProfileStringA("windows", "device", "", device, sizeof device);
+    return device;
+}
+
+TEST_F(PrintDialogTest, PrinterSetupChoosesFromTheProfile) {
+    WriteProfileStringA("devices", "PrismTwoPorts", "WINEPS.DRV,FILE1:,FILE2:");
+    WriteProfileStringA("devices", "PrismNoComma", "WINEPS.DRV");
+    const char* first = "PrismTwoPorts,WINEPS.DRV,FILE1:";
+    const char* second = "PrismTwoPorts,WINEPS.DRV,FILE2:";
+    struct Case {
+        SetupVisit::Action action;
+        bool block;
+        const char* device;
+        std::vector<std::string> messages;
+    } cases[] = {
+        // The driver step has nothing behind it: OK always warns, then writes.
+        {SetupVisit::kOkSecondPort, true, second, {"Invalid printer driver."}},
+        {SetupVisit::kDoubleClick, true, second, {"Invalid printer driver."}},
+        {SetupVisit::kCancel, false, first, {}},
+        {SetupVisit::kSetupThenCancel, false, first, {"Invalid printer driver."}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(static_cast<int>(c.action));
+        DefaultPrinter printer(first);
+        MessageRecorder recorder;
+        SetupVisit visit;
+        visit.action = c.action;
+        HGLOBAL block;
+        {
+            Watchdog dog("Printer setup", DriveSetupDialog, &visit);
+            block = PrinterSetup(nullptr);
+            EXPECT_EQ(dog.seen(), 1);
+        }
+        EXPECT_EQ(block != nullptr, c.block);
+        if (block) {
+            EXPECT_EQ(GlobalSize(block), 231u);
+        }
+        GlobalFree(block);
+        EXPECT_EQ(DefaultDevice(), c.device);
+        std::vector<std::string> texts;
+        for (const auto& m : recorder.messages()) {
+            texts.push_back(m.text);
+            EXPECT_EQ(m.style, 48u);
+            EXPECT_EQ(m.caption, "");
+        }
+        EXPECT_EQ(texts, c.messages);
+        EXPECT_EQ(visit.selected.rfind("PrismTwoPorts on FILE1:\t", 0), 0u) << visit.selected;
+        int two = 0;
+        for (const std::string& line : visit.lines) {
+            two += line.rfind("PrismTwoPorts on ", 0) == 0;
+            EXPECT_NE(line.rfind("PrismNoComma", 0), 0u);
+        }
+        EXPECT_EQ(two, 2);
+        if (c.action == SetupVisit::kSetupThenCancel) {
+            EXPECT_EQ(visit.defaultAfterSetup, IDOK);
+        }
+    }
+    WriteProfileStringA("devices", "PrismTwoPorts", nullptr);
+    WriteProfileStringA("devices", "PrismNoComma", nullptr);
+}
+
+// The templates and strings are resources of the DLL, the same as those
+// the test program carries, with the styles the dialogs are built from.
+TEST(PrintResources, InTheLibrary) {
+    HMODULE dll = LoadLibraryExA(PRISM_DLL_FILE, nullptr, LOAD_LIBRARY_AS_DATAFILE);
+    ASSERT_NE(dll, nullptr) << PRISM_DLL_FILE;
+    struct Dialog {
+        const char* name;
+        DWORD style;
+        WORD controls;
+    } dialogs[] = {{"PRINTPAGE", 0x80C800C0, 16}, {"PRINTCANCELDLGBOX", 0x90C80040, 3},
+                   {"PRINTERSETUP", 0x90C80000, 5}, {"PRINTDLGSETUP", 0x80C00040, 5}};
+    for (const Dialog& d : dialogs) {
+        HRSRC found = FindResourceA(dll, d.name, MAKEINTRESOURCEA(5));  // RT_DIALOG
+        ASSERT_NE(found, nullptr) << d.name;
+        const auto* t = static_cast<const unsigned char*>(LockResource(LoadResource(dll, found)));
+        DWORD style;
+        WORD count;
+        std::memcpy(&style, t, 4);
+        std::memcpy(&count, t + 8, 2);
+        EXPECT_EQ(style, d.style) << d.name;
+        EXPECT_EQ(count, d.controls) << d.name;
+    }
+    char text[128];
+    EXPECT_GT(LoadStringA(dll, 1, text, sizeof text), 0);
+    EXPECT_STREQ(text, "Prism SDK");
+    for (UINT id = 2; id <= 14; ++id) EXPECT_GT(LoadStringA(dll, id, text, sizeof text), 0) << id;
+    EXPECT_STREQ(text, "There is no active printer device.");
+    EXPECT_EQ(LoadStringA(dll, 15, text, sizeof text), 0);
+    FreeLibrary(dll);
+}
+
 }  // namespace
