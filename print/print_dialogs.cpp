@@ -1,6 +1,7 @@
 // The job's dialogs: PRINTPAGE (PrintPageProc), the modeless cancel dialog
 // (PrintCancelDlgProc), and PrintAbortProc with its message loop.
 #include "core/attach.h"
+#include "platform/export.h"
 #include "platform/gdi.h"
 #include "platform/observe_internal.h"
 #include "print/print_dialogs.h"
@@ -101,7 +102,7 @@ using namespace prism;
 
 // PRINTPAGE: shows the document and printer, edits the options of the
 // job; OK needs a number of copies of at least 1.
-extern "C" INT_PTR CALLBACK PrintPageProc(HWND dialog, UINT message, WPARAM wParam, LPARAM) {
+PRISM_API INT_PTR CALLBACK PrintPageProc(HWND dialog, UINT message, WPARAM wParam, LPARAM) {
     switch (message) {
         case WM_INITDIALOG: return PageDialogInit(dialog);
         case WM_COMMAND: return PageDialogCommand(dialog, LOWORD(wParam));
@@ -110,7 +111,7 @@ extern "C" INT_PTR CALLBACK PrintPageProc(HWND dialog, UINT message, WPARAM wPar
 }
 
 // The modeless cancel dialog: any command cancels the job.
-extern "C" INT_PTR CALLBACK PrintCancelDlgProc(HWND dialog, UINT message, WPARAM, LPARAM lParam) {
+PRISM_API INT_PTR CALLBACK PrintCancelDlgProc(HWND dialog, UINT message, WPARAM, LPARAM lParam) {
     switch (message) {
         case WM_INITDIALOG: return CancelDialogInit(dialog);
         case WM_COMMAND: PrintJob.UserAbort = 1; return 1;
@@ -124,7 +125,7 @@ extern "C" INT_PTR CALLBACK PrintCancelDlgProc(HWND dialog, UINT message, WPARAM
 // Called by the device while it prints, and by the job between stretches:
 // a non-zero code stops the job and is kept in PrintError; otherwise the
 // host's messages are handed on.  1 to go on, 0 to stop.
-extern "C" BOOL CALLBACK PrintAbortProc(HDC, int code) {
+PRISM_API BOOL CALLBACK PrintAbortProc(HDC, int code) {
     PrintJobState& job = PrintJob;
     const int abort = (job.UserAbort == 0 && code != 0) ? 1 : job.UserAbort;
     if (abort) job.PrintError = code;

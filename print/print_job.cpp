@@ -1,6 +1,7 @@
 // The print job: PrepareToPrint, PrintDIBPage with its copies and bands,
 // EndPrint, and the one-image jobs PrintDIB and PrintImage.
 #include "core/dib.h"
+#include "platform/export.h"
 #include "platform/gdi.h"
 #include "print/print_dialogs.h"
 #include "print/print_ids.h"
@@ -189,7 +190,7 @@ using namespace prism;
 // document started.  0, or 23 (no printer), 30 (dialog cancelled), 1 (the
 // device cannot stretch pixels), -5 (no cancel dialog), a negative
 // SetAbortProc value, or -1 (no document).  LastImgError is not touched.
-extern "C" int WINAPI PrepareToPrint(HWND owner, HDC printerDC, PrintOptions* options, LPCSTR documentName,
+PRISM_API int WINAPI PrepareToPrint(HWND owner, HDC printerDC, PrintOptions* options, LPCSTR documentName,
                                      int pageTotal) {
     PrintJobState& job = PrintJob;
     // One job at a time: a second start while one runs is refused and
@@ -226,7 +227,7 @@ extern "C" int WINAPI PrepareToPrint(HWND owner, HDC printerDC, PrintOptions* op
 // Prints one image, `Copies` times, on a new sheet unless PrintPageContinue
 // came before.  0, or a negative failure of the device's band escape or of
 // ABORTDOC after a cancel; -1 for an image the job cannot draw.
-extern "C" int WINAPI PrintDIBPage(HDIB dib, const int* dpi, int, int pageIndex, int xOffset, int yOffset) {
+PRISM_API int WINAPI PrintDIBPage(HDIB dib, const int* dpi, int, int pageIndex, int xOffset, int yOffset) {
     PrintJobState& job = PrintJob;
     // A context that EndPrint has deleted is never drawn on again.
     if (!job.PrintDC || !HandlesLive) return 0;
@@ -268,7 +269,7 @@ extern "C" int WINAPI PrintDIBPage(HDIB dib, const int* dpi, int, int pageIndex,
 
 // Ends the job: last page, document, the contexts and the cancel dialog.
 // 0, or -1 when EndDoc fails (or no job holds a context any more).
-extern "C" int WINAPI EndPrint(HDC dc) {
+PRISM_API int WINAPI EndPrint(HDC dc) {
     PrintJobState& job = PrintJob;
     int result = -1;
     if (HandlesLive) {
@@ -290,7 +291,7 @@ extern "C" int WINAPI EndPrint(HDC dc) {
 }
 
 // One image as a one-page job.
-extern "C" int WINAPI PrintDIB(HWND owner, HDC printerDC, HDIB dib, LPCSTR documentName, const int* dpi,
+PRISM_API int WINAPI PrintDIB(HWND owner, HDC printerDC, HDIB dib, LPCSTR documentName, const int* dpi,
                                PrintOptions* options, int unused) {
     // Inside a running job (a host window called back from the abort
     // procedure's message loop) the request is refused and the job goes on.
@@ -305,7 +306,7 @@ extern "C" int WINAPI PrintDIB(HWND owner, HDC printerDC, HDIB dib, LPCSTR docum
 }
 
 // A device bitmap as a one-page job, through a DIB made for it.
-extern "C" int WINAPI PrintImage(HWND owner, HDC printerDC, HBITMAP bitmap, HPALETTE palette, LPCSTR documentName,
+PRISM_API int WINAPI PrintImage(HWND owner, HDC printerDC, HBITMAP bitmap, HPALETTE palette, LPCSTR documentName,
                                  const int* dpi, PrintOptions* options, int unused) {
     OwnedBlock dib(ConvertBitmapToDIB(bitmap, palette));
     if (!dib) return 1;

@@ -1,5 +1,6 @@
 // The library-wide print job, and PrintPageContinue, which only marks the
 // open sheet for the next image and so needs no graphics system.
+#include "platform/export.h"
 #include "print/print_job_state.h"
 
 namespace prism {
@@ -8,6 +9,6 @@ PrintJobState PrintJob = {};
 
 // Lets the next PrintDIBPage draw on the sheet already open: several images
 // share one page, each with its own offsets.
-extern "C" void WINAPI PrintPageContinue(void) {
+PRISM_API void WINAPI PrintPageContinue(void) {
     prism::PrintJob.PageClosed = 1;
 }

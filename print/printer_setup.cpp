@@ -1,6 +1,7 @@
 // PRINTERSETUP: the default printer chosen from the profile's "devices"
 // list, written back as "device" of "windows" on OK.
 #include "core/dib.h"
+#include "platform/export.h"
 #include "platform/gdi.h"
 #include "print/print_dialogs.h"
 #include "print/print_ids.h"
@@ -166,12 +167,12 @@ using namespace prism;
 
 // Runs PRINTERSETUP.  OK: a new 231-byte block (left empty) for the caller;
 // Cancel: 0.  Failures are messages to the user.
-extern "C" HGLOBAL WINAPI PrinterSetup(HWND parent) {
+PRISM_API HGLOBAL WINAPI PrinterSetup(HWND parent) {
     const INT_PTR result = ShowLibraryDialog(parent, PRINTER_SETUP_DIALOG, PrinterSetupProc);
     return result == -1 ? nullptr : reinterpret_cast<HGLOBAL>(result);
 }
 
-extern "C" INT_PTR CALLBACK PrinterSetupProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
+PRISM_API INT_PTR CALLBACK PrinterSetupProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
         case WM_WININICHANGE: return SettingChanged(dialog, reinterpret_cast<const char*>(lParam));
         case WM_DESTROY: return 1;
