@@ -197,6 +197,32 @@ TEST_F(PrintJobTest, RefusedImagesAndPrinters) {
     GlobalFree(good), GlobalFree(core), GlobalFree(shortBlock);
 }
 
+TEST_F(PrintJobTest, BitmapsAndTheCompatibleContext) {
+    PrintOptions o = Options();
+    HBITMAP bitmap = CreateBitmap(30, 20, 1, 1, nullptr);
+    HDC dc = CreateTestPrinterDC();
+    EXPECT_EQ(PrintImage(nullptr, dc, bitmap, nullptr, "bitmap", nullptr, &o, 0), 0);
+    EXPECT_EQ(GetObjectType(dc), 0u);  // handed over and deleted
+    const Printed p = ReadPrinted();
+    ASSERT_EQ(p.stretches.size(), 1u);
+    EXPECT_EQ(p.stretches[0].width, 30);
+    EXPECT_EQ(PrintImage(nullptr, nullptr, nullptr, nullptr, "none", nullptr, &o, 0), 1);
+    DeleteObject(bitmap);
+    // Drawing into a memory context made from the printer's: both go at
+    // the end when the host hands its context over.
+    o.UseCompatibleDC = 1;
+    dc = CreateTestPrinterDC();
+    ASSERT_EQ(PrepareToPrint(nullptr, dc, &o, "memory", 1), 0);
+    HDC memory = prism::PrintJob.PrintDC;
+    EXPECT_NE(memory, dc);
+    HDIB dib = TwoTone(10, 10);
+    EXPECT_EQ(PrintDIBPage(dib, nullptr, 0, 0, 0, 0), 0);
+    EXPECT_EQ(EndPrint(dc), 0);
+    EXPECT_EQ(GetObjectType(dc), 0u);
+    EXPECT_EQ(GetObjectType(memory), 0u);
+    GlobalFree(dib);
+}
+
 // A host window that starts a second job while the first one prints, from
 // the abort procedure's message loop.
 struct Reentry {
