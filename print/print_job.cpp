@@ -208,14 +208,11 @@ PRISM_API int WINAPI PrepareToPrint(HWND owner, HDC printerDC, PrintOptions* opt
     job.TotalPages = pageTotal;
     HDC dc = printerDC ? printerDC : CreateDefaultPrinterDC();
     if (!dc) return 23;
-    if (job.Options.ShowDialog && ShowLibraryDialog(owner, PRINT_PAGE_DIALOG, PrintPageProc) == IDCANCEL) {
-        gdi::DeleteDC(dc);
-        return 30;
-    }
-    if (!(gdi::GetDeviceCaps(dc, RASTERCAPS) & RC_BITBLT)) {
-        gdi::DeleteDC(dc);
-        return 1;
-    }
+    // The context is the job's now: refused, it is deleted.
+    gdi::OwnedDC refused(dc);
+    if (job.Options.ShowDialog && ShowLibraryDialog(owner, PRINT_PAGE_DIALOG, PrintPageProc) == IDCANCEL) return 30;
+    if (!(gdi::GetDeviceCaps(dc, RASTERCAPS) & RC_BITBLT)) return 1;
+    refused.Release();
     const int started = StartJob(owner, dc, printerDC ? nullptr : dc, job.DocumentName);
     if (started != 0) return started;
     job.ShowPageText = job.Options.PrintAllPage;
