@@ -19,7 +19,7 @@ const char kDriver[] = "PrismTestDriver";
 
 // 300 dots per inch, Letter, printable to the edges.
 const char kDescription[] =
-    "*PPD-Adobe: \"4.3\"\n*FormatVersion: \"4.3\"\n*FileVersion: \"1.0\"\n*LanguageVersion: English\n"
+    "*FormatVersion: \"4.3\"\n*FileVersion: \"1.0\"\n*LanguageVersion: English\n"
     "*LanguageEncoding: ISOLatin1\n*PCFileName: \"PRISMTST.PPD\"\n*Manufacturer: \"Test\"\n*Product: \"(Test)\"\n"
     "*ModelName: \"Test Printer\"\n*ShortNickName: \"Test Printer\"\n*NickName: \"Test Printer\"\n"
     "*PSVersion: \"(3010.000) 0\"\n*LanguageLevel: \"3\"\n*ColorDevice: True\n*DefaultColorSpace: RGB\n"
