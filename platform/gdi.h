@@ -80,6 +80,44 @@ using ::SetCapture;
 using ::SetCursor;
 using ::WaitMessage;
 
+// printing: the print job, its dialogs and printer setup
+using ::CheckDlgButton;
+using ::CreateCompatibleDC;
+using ::CreateDCA;
+using ::CreateDialogParamA;
+using ::DeleteDC;
+using ::DestroyWindow;
+using ::DialogBoxParamA;
+using ::DispatchMessageA;
+using ::EnableMenuItem;
+using ::EndDialog;
+using ::EndDoc;
+using ::EndPage;
+using ::Escape;
+using ::GetDialogBaseUnits;
+using ::GetDlgItem;
+using ::GetDlgItemInt;
+using ::GetProfileStringA;
+using ::GetSystemMenu;
+using ::IsDialogMessageA;
+using ::IsDlgButtonChecked;
+using ::IsRectEmpty;
+using ::lstrcmpiA;
+using ::SendDlgItemMessageA;
+using ::SendMessageA;
+using ::SetAbortProc;
+using ::SetDlgItemInt;
+using ::SetDlgItemTextA;
+using ::SetFocus;
+using ::ShowCursor;
+using ::StartDocA;
+using ::StartPage;
+using ::TranslateMessage;
+using ::WriteProfileStringA;
+// MessageBoxA owned by a window, with no caption text (the system's default
+// caption stands); a test's observer takes it first, as with plat::ShowMessage.
+int OwnedMessage(HWND owner, const char* text, unsigned style);
+
 // GetObjectA of a bitmap into the record of this build's size (24 bytes in
 // a 32-bit process, 32 in a 64-bit one).  False for anything not a bitmap.
 bool BitmapRecord(HBITMAP bitmap, BITMAP* record);
@@ -231,6 +269,27 @@ public:
 private:
     HDC dc_;
     int old_;
+};
+
+// A device context deleted at the end of the scope unless handed out.
+class OwnedDC {
+public:
+    explicit OwnedDC(HDC dc = nullptr) : dc_(dc) {}
+    ~OwnedDC() {
+        if (dc_) ::DeleteDC(dc_);
+    }
+    OwnedDC(const OwnedDC&) = delete;
+    OwnedDC& operator=(const OwnedDC&) = delete;
+    HDC get() const { return dc_; }
+    explicit operator bool() const { return dc_ != nullptr; }
+    HDC Release() {
+        HDC dc = dc_;
+        dc_ = nullptr;
+        return dc;
+    }
+
+private:
+    HDC dc_;
 };
 
 }  // namespace gdi

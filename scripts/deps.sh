@@ -22,3 +22,6 @@ ensure_packages() {
 NATIVE_PACKAGES=(cmake make g++ googletest libgtest-dev libbenchmark-dev)
 # What the Windows builds and running their tests need.
 WINDOWS_PACKAGES=(mingw-w64 g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix binutils-mingw-w64-i686 binutils-mingw-w64-x86-64 wine64 xvfb xauth)
+# Printed pages (PostScript from the printer under wine) are looked at
+# through ghostscript.
+WINDOWS_PACKAGES+=(ghostscript)

@@ -31,6 +31,11 @@ def describe(path):
             head = f.read(54)
     except OSError:
         return ""
+    if head[:8] == b"\x89PNG\r\n\x1a\n" and len(head) >= 24:
+        # A picture made outside the library, such as a rendered printed page.
+        width = int.from_bytes(head[16:20], "big")
+        height = int.from_bytes(head[20:24], "big")
+        return f"{width}&times;{height} PNG, {os.path.getsize(path) / 1024:.0f} KB"
     if len(head) < 54 or head[:2] != b"BM":
         return ""
     width = int.from_bytes(head[18:22], "little", signed=True)

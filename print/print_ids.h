@@ -1,0 +1,41 @@
+/* Names and control ids of the printing dialogs, and their private
+   messages.  Shared by print.rc and the dialog procedures, so only plain
+   defines stand here. */
+#ifndef PRISM_PRINT_IDS_H
+#define PRISM_PRINT_IDS_H
+
+#define PRINT_PAGE_DIALOG "PRINTPAGE"
+#define PRINT_CANCEL_DIALOG "PRINTCANCELDLGBOX"
+#define PRINTER_SETUP_DIALOG "PRINTERSETUP"
+#define PRINTER_SETUP_DRIVER_DIALOG "PRINTDLGSETUP"
+
+/* PRINTPAGE */
+#define IDC_PRINT_COPIES 116
+#define IDC_PRINT_SCALE_TO_FIT 117
+#define IDC_PRINT_STRETCH_TO_FIT 118
+#define IDC_PRINT_CENTER_HORZ 119
+#define IDC_PRINT_CENTER_VERT 120
+#define IDC_PRINT_DOCUMENT 121
+#define IDC_PRINT_ALL_PAGE 122
+#define IDC_PRINT_IMAGE_DPI 500
+#define IDC_PRINT_PRINTER 502
+#define IDC_PRINT_FRAME 903
+#define IDC_PRINT_SHADOW_BOTTOM 901
+#define IDC_PRINT_SHADOW_RIGHT 902
+
+/* PRINTCANCELDLGBOX: control 121 holds the document text. */
+#define IDC_CANCEL_TEXT 121
+
+/* PRINTERSETUP and PRINTDLGSETUP */
+#define IDC_SETUP_LIST 122
+#define IDC_SETUP_COMBO 123
+#define IDC_SETUP_TITLE 100
+#define IDC_SETUP_DRIVER 115
+
+/* Private dialog messages. */
+#define PRINT_MSG_UPDATE_CANCEL_TEXT 2024
+#define PRINT_MSG_REFILL_PRINTER_LIST 1324
+#define PRINT_MSG_SELECT_CURRENT_PRINTER 1325
+#define PRINT_MSG_SETUP_DRIVER 1025
+
+#endif
