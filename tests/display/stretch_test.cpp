@@ -2,7 +2,7 @@
 // sampling phase, the header, and refusals.
 #include "display/stretch.h"
 
-#include "geometry/picture.h"
+#include "support/test_support.h"
 
 #include <gtest/gtest.h>
 
@@ -24,7 +24,7 @@ constexpr int kW = 19, kH = 9;
 
 // Source and result pixels at (x, y) counted from the top.
 unsigned Source(int depth, int x, int y) { return Pattern(x, y) & (depth == 24 ? 0xFFFFFFu : (1u << depth) - 1); }
-unsigned Result(const Bytes& dib, int x, int y) { return PixelAt(dib, x, picture::Field(dib, 8) - 1 - y); }
+unsigned Result(const Bytes& dib, int x, int y) { return PixelAt(dib, x, Field(dib, 8) - 1 - y); }
 
 // The result's bytes, empty for 0.  The source's biSizeImage is 12345.
 Bytes Stretch(int depth, int srcX, int srcY, int srcW, int srcH, int dstW, int dstH) {
@@ -34,7 +34,7 @@ Bytes Stretch(int depth, int srcX, int srcY, int srcW, int srcH, int dstW, int d
     shape.bitCount = depth;
     shape.sizeImage = 12345;
     const Bytes src = PackedDib(shape, Pattern);
-    HDIB dib = ForDepth(depth)(src.data(), src.data() + picture::BitsOffset(src), srcX, srcY, srcW, srcH, dstW, dstH);
+    HDIB dib = ForDepth(depth)(src.data(), src.data() + BitsOffset(src), srcX, srcY, srcW, srcH, dstW, dstH);
     Bytes out = dib ? BlockBytes(dib) : Bytes();
     if (dib) GlobalFree(dib);
     return out;
@@ -82,8 +82,8 @@ TEST_P(StretchByDepth, RectanglesHalvingDoublingAndHeader) {
     shape.bitCount = depth;
     shape.sizeImage = 12345;
     Bytes want = PackedDib(shape, Pattern);
-    want.resize(picture::BitsOffset(want));
-    picture::Put32(want, 4, 7), picture::Put32(want, 8, 3);
+    want.resize(BitsOffset(want));
+    Put32(want, 4, 7), Put32(want, 8, 3);
     const Bytes small = Stretch(depth, 0, 0, kW, kH, 7, 3);
     EXPECT_EQ(Bytes(small.begin(), small.begin() + static_cast<long>(want.size())), want);
 

@@ -204,70 +204,6 @@ TEST(Dither, PixelsStartBehindAFullTableWhateverClrUsedSays) {
     EXPECT_EQ(Share(Half(dib, 0, 0), 1), 1.0);
 }
 
-TEST(Dither, OneBitDensityFollowsTheGreyLevel) {
-    // White share of a grey field through each dither and Halftone's
-    // diffusion; 24-bit Halftone rows fill only the first third (see below).
-    auto density = [](int way, int depth, unsigned g) {
-        Bytes field = FlatGrey(64, 64, depth, g);
-        return Share(way < 4 ? Dither(kExports[way], field, 1) : Half(field, 1, 0), 1);
-    };
-    for (int depth : {4, 8, 24}) {
-        for (int way = 0; way < 5; ++way) {
-            double previous = 0;
-            for (unsigned g = 0; g <= 256; g += 32) {
-                double d = density(way, depth, std::min(g, 255u));
-                EXPECT_GE(d + 0.02, previous) << way << " " << depth << " " << g;  // rises with the grey
-                if (way < 4 || depth < 24) { EXPECT_NEAR(d, g / 256.0, 0.15) << way << " " << depth << " " << g; }
-                previous = d;
-            }
-        }
-        // Smooth carries the whole remainder along the row, Sharp half of it:
-        // a dark field gets more white from Smooth.
-        EXPECT_GT(density(2, depth, 40), density(3, depth, 40) + 0.01) << depth;
-    }
-}
-
-TEST(Dither, PrimaryColoursLandOnTheirPaletteEntries) {
-    struct Colour { unsigned rgb, nibble, byte; } colours[] = {
-        {0xFF0000, 8, 0xE0}, {0x00FF00, 4, 0x1C}, {0x0000FF, 2, 0x03},
-        {0xFFFF00, 12, 0xFC}, {0x00FFFF, 6, 0x1F}, {0xFF00FF, 10, 0xE3}};
-    for (const Colour& c : colours) {
-        SCOPED_TRACE(c.rgb);
-        Bytes rgb = MakeDib(9, 3, 24, [&](int, int) { return c.rgb; });
-        // From 8 bits the colour comes from table entry 7 (blue, green, red), not the index.
-        Bytes indexed = MakeDib(9, 3, 8, [](int, int) { return 7u; });
-        for (int k = 0; k < 3; ++k) indexed[40 + 4 * 7 + k] = static_cast<unsigned char>(c.rgb >> (8 * k));
-        for (const Export& e : kExports) {
-            EXPECT_EQ(Share(Dither(e, rgb, 4), c.nibble), 1.0) << e.name;
-            EXPECT_EQ(Share(Dither(e, indexed, 4), c.nibble), 1.0) << e.name;
-        }
-        EXPECT_EQ(Share(Dither(kExports[0], rgb, 8), c.byte), 1.0);
-    }
-}
-
-TEST(Dither, OnlyTheFirstRowIsLuminanceAtOneBit) {
-    // Pure green: luminance 150 in the first row, red 0 in the later ones;
-    // pure red: luminance 76 first, then red 255.
-    for (const Export* e : {&kExports[0], &kExports[1]}) {
-        for (unsigned rgb : {0x00FF00u, 0xFF0000u}) {
-            Bytes out = Dither(*e, MakeDib(64, 6, 24, [=](int, int) { return rgb; }), 1);
-            ASSERT_FALSE(out.empty());
-            int first = 0, later = 0;
-            for (int x = 0; x < 64; ++x)
-                for (int y = 0; y < 6; ++y) (y ? later : first) += PixelAt(out, x, y);
-            const bool green = rgb == 0x00FF00u;
-            EXPECT_GE(first, green ? 20 : 1) << e->name << " " << rgb;
-            EXPECT_LT(first, green ? 64 : 40) << e->name << " " << rgb;
-            EXPECT_EQ(later, green ? 0 : 5 * 64) << e->name << " " << rgb;
-        }
-    }
-    // One red pixel: as luminance 76 black; JJN and Smooth keep index 0
-    // plain red, 255, white.
-    Bytes red = MakeDib(1, 1, 24, [](int, int) { return 0xFF0000u; });
-    const double white[] = {0, 1, 1, 0};  // FS4, JJN, Smooth, Sharp
-    for (int i = 0; i < 4; ++i) EXPECT_EQ(Share(Dither(kExports[i], red, 1), 1), white[i]) << kExports[i].name;
-}
-
 TEST(Halftone, FailuresWriteOnlyTheSixteenBitErrorWord) {
     // dib: empty for a block that cannot be locked; code 0 for success;
     // lock: L left locked once more, u unlocked, - no block.
@@ -356,48 +292,6 @@ TEST(Halftone, ThresholdAndBrightnessOffset) {
     Bytes colour = MakeDib(1, 1, 24, [](int, int) { return 0x2DC836u; });
     EXPECT_EQ(Share(Half(colour, 0, -8), 1), 1.0);
     EXPECT_EQ(Share(Half(colour, 0, -9), 1), 0.0);
-}
-
-TEST(Halftone, OrderedScreenByRowAndColumn) {
-    // A black image lifted by brightness g: a cell is white exactly when its
-    // screen value (row y mod 16, column x mod 16) is below g.  Grey is g
-    // everywhere, so the 24-bit row mapping makes no difference.
-    unsigned char screen[256];
-    prism::BuildHalftoneScreen(screen);
-    for (int depth : {4, 8, 24}) {
-        for (int g : {1, 64, 128, 200, 255, 300}) {
-            Bytes out = Half(FlatGrey(37, 33, depth, 0), 2, g);
-            ASSERT_FALSE(out.empty());
-            for (int y = 0; y < 33; ++y)
-                for (int x = 0; x < 37; ++x)
-                    EXPECT_EQ(PixelAt(out, x, y), screen[16 * (y % 16) + x % 16] < std::min(g, 255) ? 1u : 0u)
-                        << depth << " g " << g << " at " << x << "," << y;
-        }
-    }
-}
-
-TEST(Halftone, TwentyFourBitRowsAreReadAtThreeTimesThePitch) {
-    // Width 16: the 24-bit stride is three split rows, so output row y shows
-    // source row 3 y; rows past the last third are grey `brightness`.
-    Bytes src = MakeDib(16, 7, 24, [](int, int y) { return y % 3 == 0 ? 0xFFFFFFu : 0u; });
-    for (int brightness : {0, 200}) {
-        Bytes out = Half(src, 0, brightness);
-        ASSERT_FALSE(out.empty());
-        for (int y = 0; y < 7; ++y)  // rows 0, 3 and 6, then zero planes
-            for (int x = 0; x < 16; ++x) EXPECT_EQ(PixelAt(out, x, y), y < 3 || brightness > 128) << x << "," << y;
-    }
-    // Width 6: stride 20, split rows of 8 pixels.  Output row 1 covers plane
-    // positions 20..25: split row 2, columns 4..7, then split row 3, columns
-    // 0 and 1.  Column 6 of a split row is padding, padding and the blue of
-    // (0, 3): grey 28; column 7 the green and red of (0, 3), blue of (1, 3):
-    // grey 226.
-    Bytes n = Half(MakeDib(6, 5, 24, [](int x, int y) { return y == 3 && x == 0 ? 0xFFFFFFu : 0u; }), 0, 0);
-    ASSERT_FALSE(n.empty());
-    const unsigned row1[6] = {0, 0, 0, 1, 1, 0};
-    for (int x = 0; x < 6; ++x) {
-        EXPECT_EQ(PixelAt(n, x, 0), 0u) << x;
-        EXPECT_EQ(PixelAt(n, x, 1), row1[x]) << x;
-    }
 }
 
 }  // namespace

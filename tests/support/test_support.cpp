@@ -20,13 +20,6 @@ void Put16(Bytes& b, size_t at, unsigned v) {
     b[at] = static_cast<unsigned char>(v);
     b[at + 1] = static_cast<unsigned char>(v >> 8);
 }
-void Put32(Bytes& b, size_t at, std::uint32_t v) {
-    for (int i = 0; i < 4; ++i) b[at + i] = static_cast<unsigned char>(v >> (8 * i));
-}
-std::uint32_t Get32(const Bytes& b, size_t at) {
-    return std::uint32_t(b[at]) | std::uint32_t(b[at + 1]) << 8 | std::uint32_t(b[at + 2]) << 16 |
-           std::uint32_t(b[at + 3]) << 24;
-}
 
 unsigned DefaultPixel(int x, int y) { return static_cast<unsigned>(x * 7 + y * 13 + 5); }
 
@@ -101,6 +94,94 @@ Bytes BmpFile(const Bytes& packed, long offBits) {
     Put32(file, 10, static_cast<std::uint32_t>(offBits));
     if (!packed.empty()) std::memcpy(file.data() + 14, packed.data(), packed.size());
     return file;
+}
+
+Bytes Uniform(int width, int height, int bitCount, unsigned value) {
+    static unsigned current;  // PackedDib takes a plain function
+    current = value;
+    return Image(width, height, bitCount, [](int, int) { return current; });
+}
+
+std::uint64_t Hash(const Bytes& b) {
+    std::uint64_t h = 14695981039346656037ull;
+    for (unsigned char c : b) h = (h ^ c) * 1099511628211ull;
+    return h;
+}
+
+size_t BitsOffset(const Bytes& dib) {
+    const unsigned bits = dib[14] | dib[15] << 8;
+    const std::uint32_t used = Get32(dib, 32);
+    return 40 + (used ? used : bits <= 8 ? (1u << bits) : 0) * 4;
+}
+
+Picture Make(int w, int h, int bits, const std::function<unsigned(int, int)>& fn) {
+    Picture p(w, h, bits);
+    const unsigned mask = bits >= 24 ? 0xFFFFFFu : (1u << bits) - 1;
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x) p.at(x, y) = fn(x, y) & mask;
+    return p;
+}
+
+Picture Varied(int w, int h, int bits) {
+    return Make(w, h, bits, [bits](int x, int y) {
+        std::uint32_t v = static_cast<std::uint32_t>(x * 73856093u) ^ static_cast<std::uint32_t>(y * 19349663u) ^
+                          static_cast<std::uint32_t>(bits * 83492791u);
+        v ^= v >> 13;
+        v *= 0x5bd1e995u;
+        return v ^ (v >> 15);
+    });
+}
+
+void PutBits(unsigned char* area, std::uint64_t bitPos, int bits, unsigned v) {
+    if (bits == 24) {
+        unsigned char* p = area + bitPos / 8;
+        for (int k = 0; k < 3; ++k) p[k] = static_cast<unsigned char>(v >> (8 * k));
+        return;
+    }
+    for (int k = 0; k < bits; ++k) {
+        const std::uint64_t b = bitPos + k;
+        const unsigned char mask = static_cast<unsigned char>(0x80 >> (b % 8));
+        area[b / 8] = static_cast<unsigned char>((v >> (bits - 1 - k)) & 1 ? area[b / 8] | mask : area[b / 8] & ~mask);
+    }
+}
+
+Bytes ToDib(const Picture& p) {
+    Bytes dib = Image(p.width, p.height, p.bits, [](int, int) { return 0u; });
+    const size_t stride = Stride(p.width, p.bits);
+    unsigned char* bits = dib.data() + BitsOffset(dib);
+    for (int y = 0; y < p.height; ++y)
+        for (int x = 0; x < p.width; ++x)
+            PutBits(bits + stride * y, static_cast<std::uint64_t>(x) * p.bits, p.bits, p.at(x, y));
+    return dib;
+}
+
+Bytes Take(HDIB dib) {
+    if (!dib) return Bytes();
+    Bytes b = BlockBytes(dib);
+    GlobalFree(dib);
+    return b;
+}
+
+Bytes Call(DibOp op, const Bytes& in) {
+    HGLOBAL block = BlockFrom(in);
+    Bytes result = Take(op(block));
+    EXPECT_TRUE(BlockBytes(block) == in) << "the input block was changed";
+    GlobalFree(block);
+    return result;
+}
+
+Moved Move(MoveOp op, const Bytes& source, int a, int b) {
+    Moved m;
+    HGLOBAL src = BlockFrom(source);
+    EXPECT_NE(GlobalLock(src), nullptr);
+    if (HDIB out = op(src, a, b, &m.error, m.corners)) {
+        EXPECT_TRUE(GlobalUnlock(src)) << "a success leaves one lock on the source";
+        EXPECT_FALSE(GlobalUnlock(out)) << "the result comes back unlocked";
+        m.result = Take(out);
+    }
+    EXPECT_FALSE(GlobalUnlock(src)) << "no lock left behind";
+    GlobalFree(src);
+    return m;
 }
 
 HGLOBAL BlockFrom(const Bytes& bytes) {

@@ -1,10 +1,10 @@
 // Palette to true colour, colour to grey, and 1-bit to grey with smoothing.
 #include "core/errors.h"
-#include "tone_test_util.h"
+#include "support/test_support.h"
 
 #include <gtest/gtest.h>
 
-using namespace tone_test;
+using namespace testing_support;
 
 namespace {
 
@@ -117,34 +117,6 @@ Bytes Smooth(const Bytes& src, int mode, bool viaColour) {
 Bytes Swapped(Bytes b) {  // entry 1 first: set bits bright for the mono export
     std::swap_ranges(b.begin() + 40, b.begin() + 44, b.begin() + 44);
     return b;
-}
-
-TEST(MonoToGrey, OnePixelGivesTheKernelOneOrTwoRowsLate) {
-    const int k3[3][3] = {{8, 31, 8}, {31, 99, 31}, {8, 31, 8}};
-    const int k5[5][5] = {{0, 3, 7, 3, 0}, {3, 16, 25, 16, 3}, {7, 25, 39, 25, 7}, {3, 16, 25, 16, 3}, {0, 3, 7, 3, 0}};
-    for (int mode = 0; mode <= 2; ++mode) {
-        const int n = 2 * mode + 1, h = n / 2;
-        Bytes o = Smooth(Image(16, 12, 1, [](int x, int y) { return unsigned(x == 6 && y == 7); }), mode, true);
-        for (int y = 0; y < 12; ++y)
-            for (int x = 0; x < 16; ++x) {
-                // Kernel row r lands on stored row 4 + r: centred on row 4 + h.
-                int r = y - 4, c = x - 6 + h;
-                const bool in = r >= 0 && r < n && c >= 0 && c < n;
-                const int k = !in ? 0 : n == 1 ? 255 : n == 3 ? k3[r][c] : k5[r][c];
-                ASSERT_EQ(PixelAt(o, x, y), unsigned(k)) << mode << " " << x << "," << y;
-            }
-    }
-}
-
-TEST(MonoToGrey, EdgesRepeatRowZeroAndAPeriodOfFourColumns) {
-    // A set pixel in column 3 also stands left of column 0; one in row 0
-    // stands below the image.
-    Bytes o = Smooth(Image(16, 6, 1, [](int x, int y) { return unsigned(x == 3 && y == 5); }), 1, true);
-    const unsigned row0[] = {47, 0, 47, 161, 47};  // kernel rows 1..3 all on source row 0
-    for (int x = 0; x < 5; ++x) EXPECT_EQ(PixelAt(o, x, 0), row0[x]) << x;
-    EXPECT_EQ(PixelAt(o, 3, 1), 99u + 31);  // kernel rows 2 and 3 still on row 0
-    EXPECT_EQ(PixelAt(o, 3, 2), 31u);
-    EXPECT_EQ(PixelAt(o, 3, 3), 0u);
 }
 
 TEST(MonoToGrey, ModeIsLoweredByHeight) {

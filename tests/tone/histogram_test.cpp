@@ -2,14 +2,14 @@
 // colour-table adjustments.
 #include "core/errors.h"
 #include "tone/histogram.h"
-#include "tone_test_util.h"
+#include "support/test_support.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <vector>
 
-using namespace tone_test;
+using namespace testing_support;
 
 namespace {
 
@@ -182,34 +182,6 @@ TEST(ApplyLUT, MapsTheRoundedMeanOfEachColourAndWorksInPlace) {
         }
     }
     GlobalFree(negative);
-}
-
-TEST(ColorBrightnessContrast, OneCurveOverThePixelsOrTheTable) {
-    const unsigned grey[] = {0, 100, 128, 200, 255};
-    const struct { short brightness, contrast; std::vector<unsigned> out; } cases[] = {
-        {50, 50, {32, 182, 224, 255, 255}}, {0, -50, {64, 114, 128, 164, 191}}, {-100, -100, {128, 128, 128, 128, 128}},
-    };
-    for (const auto& c : cases)
-        for (int depth : {4, 8, 24}) {
-            // Five pixels of the grey levels, at 24 bits directly, else as
-            // indices 0..4 into a table holding them.
-            Bytes src = Image(5, 1, depth, [](int x, int) { return unsigned(x); });
-            for (int x = 0; x < 5; ++x)
-                for (int k = 0; k < 3; ++k) src[depth == 24 ? 40 + 3 * x + k : 40 + 4 * x + k] = grey[x];
-            HDIB dib = BlockFrom(src);
-            prism::LastImgError = 5;
-            Bytes o = Take(ColorBrightnessContrast(dib, c.brightness, c.contrast));
-            ASSERT_EQ(o.size(), src.size());
-            EXPECT_EQ(prism::LastImgError, 0);
-            EXPECT_TRUE(depth != 24 || Get32(o, 20) == Stride(5, 24));  // biSizeImage filled in
-            EXPECT_EQ(BlockBytes(dib), src);
-            for (int x = 0; x < 5; ++x) {
-                const unsigned i = PixelAt(o, x, 0);
-                EXPECT_TRUE(depth == 24 || i == PixelAt(src, x, 0));  // indices stay
-                EXPECT_EQ(depth == 24 ? i : Get32(o, 40 + 4 * i), c.out[x] * 0x010101u) << depth << " " << x;
-            }
-            GlobalFree(dib);
-        }
 }
 
 TEST(ColorBrightnessContrast, RefusesInTheFixedOrder) {
