@@ -1,57 +1,35 @@
 // The four dithers and Halftone through their exports: refusal tables,
-// every accepted pair of depths, fixed palettes, pure tones, agreement
-// between depths and the required quirks.
-#include "halftone/dither.h"
-
+// pure tones at every accepted pair of depths, agreement between depths and
+// the required quirks.  Their exact outputs are pinned in tests/pinned.
 #include "core/errors.h"
 #include "support/test_support.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <array>
-#include <cstring>
 #include <functional>
-#include <string>
+
+using namespace testing_support;
 
 namespace {
 
-using testing_support::Bytes;
-using testing_support::PixelAt;
-
-// A DIB from PackedDib with a grey-ramp table (entry i = i * 255 / (n - 1))
-// and resolution 1234 by 5678.  pixel(x, y), y as stored (bottom row
-// first), is an index at 4 and 8 bits and 0xRRGGBB at 24.
-Bytes MakeDib(int width, int height, int depth, std::function<unsigned(int, int)> pixel) {
-    // PackedDib takes a plain function pointer (y from the top): the
-    // capturing function is handed over through these two statics.
-    static std::function<unsigned(int, int)> current;
-    static int rows;
-    current = std::move(pixel);
-    rows = height;
-    const testing_support::DibShape shape{width, height, depth};
-    Bytes b = testing_support::PackedDib(shape, [](int x, int y) { return current(x, rows - 1 - y); });
+// A DIB with a grey-ramp table (entry i = i * 255 / (n - 1)); pixel(x, y),
+// y as stored, is an index at 4 and 8 bits and 0xRRGGBB at 24.
+Bytes GreyDib(int width, int height, int depth, const std::function<unsigned(int, int)>& pixel) {
+    Bytes b = ToDib(Make(width, height, depth, pixel));
     for (int i = 0, n = depth <= 8 ? 1 << depth : 0; i < n; ++i) std::memset(&b[40 + 4 * i], i * 255 / (n - 1), 3);
-    const unsigned char resolution[8] = {0xD2, 0x04, 0, 0, 0x2E, 0x16, 0, 0};  // 1234, 5678
-    std::memcpy(&b[24], resolution, 8);
     return b;
 }
-
 // Grey g (0..255) as a pixel of `depth`; at 4 bits the nearest of 16 levels.
 unsigned Grey(int depth, unsigned g) { return depth == 4 ? (g + 8) / 17 : depth == 8 ? g : g * 0x010101u; }
 Bytes FlatGrey(int width, int height, int depth, unsigned g) {
-    return MakeDib(width, height, depth, [=](int, int) { return Grey(depth, g); });
+    return GreyDib(width, height, depth, [=](int, int) { return Grey(depth, g); });
 }
 
-// Runs an export on a copy of `dib` in a block and returns the result's
-// bytes; empty on failure or when the source block was changed.
-template <typename F>
-Bytes RunOn(const Bytes& dib, F&& op) {
-    HGLOBAL block = testing_support::BlockFrom(dib);
-    HDIB result = op(block);
-    Bytes out = result ? testing_support::BlockBytes(result) : Bytes();
-    if (result) GlobalFree(result);
-    if (testing_support::BlockBytes(block) != dib) out.clear();
+// The result's bytes of op on a copy of `dib`; empty on failure or when the
+// source block was changed.
+Bytes RunOn(const Bytes& dib, const std::function<HDIB(HGLOBAL)>& op) {
+    HGLOBAL block = BlockFrom(dib);
+    Bytes out = Take(op(block));
+    if (BlockBytes(block) != dib) out.clear();
     GlobalFree(block);
     return out;
 }
@@ -62,23 +40,14 @@ bool StillLocked(HGLOBAL block) {
     return GlobalUnlock(block) != 0;
 }
 
-// Share of the pixels of a (small) result that have value v; -1 for no result.
+// Share of the pixels of a result that have value v; -1 for no result.
 double Share(const Bytes& dib, unsigned v) {
     if (dib.size() < 40) return -1;
-    const int w = dib[4] | dib[5] << 8, h = dib[8] | dib[9] << 8;
     int n = 0;
-    for (int y = 0; y < h; ++y)
-        for (int x = 0; x < w; ++x) n += PixelAt(dib, x, y) == v;
-    return double(n) / (double(w) * h);
+    for (int y = 0; y < Field(dib, 8); ++y)
+        for (int x = 0; x < Field(dib, 4); ++x) n += PixelAt(dib, x, y) == v;
+    return double(n) / (double(Field(dib, 4)) * Field(dib, 8));
 }
-
-// FNV-1a over the first n bytes: pins a header with its fixed palette.
-std::uint32_t Fnv(const Bytes& b, size_t n) {
-    std::uint32_t h = 2166136261u;
-    for (size_t i = 0; i < n && i < b.size(); ++i) h = (h ^ b[i]) * 16777619u;
-    return h;
-}
-const std::uint32_t kHeadHash1 = 0x61002994u, kHeadHash4 = 0x155a956au, kHeadHash8 = 0xb9f62a69u;  // 13 by 5
 
 struct Export {
     const char* name;
@@ -133,7 +102,7 @@ TEST(Dither, RefusalsByCodeAndLock) {
     for (const Case& c : all) {
         for (int i = 0; i < 4; ++i) {
             SCOPED_TRACE(std::string(kExports[i].name) + ": " + c.what + " bits " + std::to_string(c.bits));
-            HGLOBAL block = &c == &all[0] ? nullptr : testing_support::BlockFrom(c.dib);
+            HGLOBAL block = &c == &all[0] ? nullptr : BlockFrom(c.dib);
             prism::LastImgError = 99;
             HDIB result = kExports[i].fn(block, c.bits);
             EXPECT_EQ(result != nullptr, c.code[i] == 0);
@@ -146,8 +115,6 @@ TEST(Dither, RefusalsByCodeAndLock) {
     }
 }
 
-unsigned Ramp(int x, int y) { return static_cast<unsigned>((x * 5 + y * 3 + (x * y) % 7) % 16); }
-
 // Every export at every source depth and every target depth it accepts.
 TEST(Dither, EveryAcceptedPairOfDepths) {
     for (const Export& e : kExports) {
@@ -155,11 +122,6 @@ TEST(Dither, EveryAcceptedPairOfDepths) {
             for (int bits : {1, 4, 8}) {
                 if (bits >= depth || (bits == 8 && !e.has8)) continue;
                 SCOPED_TRACE(std::string(e.name) + " " + std::to_string(depth) + "->" + std::to_string(bits));
-                // Header with the fixed palette of the target depth, pinned.
-                Bytes out = Dither(e, FlatGrey(13, 5, depth, 90), bits);
-                const size_t head = 40 + (4u << bits);
-                ASSERT_EQ(out.size(), head + 5 * testing_support::Stride(13, bits));
-                EXPECT_EQ(Fnv(out, head), bits == 1 ? kHeadHash1 : bits == 4 ? kHeadHash4 : kHeadHash8);
                 // Black and white stay pure, thin images included.  JJN's blue may
                 // reach level 4, which shows as the lowest green bit: 0xFC.
                 const bool jjn8 = bits == 8 && e.fn == DitherJJN;
@@ -181,7 +143,7 @@ TEST(Dither, EveryAcceptedPairOfDepths) {
                 for (int w : {8, 16, 40}) {
                     if (depth == 24) break;
                     auto grey = [w](int d) {
-                        return MakeDib(w, 11, d, [d](int x, int y) { return Grey(d, Ramp(x, y) * 17); });
+                        return GreyDib(w, 11, d, [d](int x, int y) { return Grey(d, (x * 5 + y * 3 + (x * y) % 7) % 16 * 17); });
                     };
                     Bytes from24 = Dither(e, grey(24), bits);
                     ASSERT_FALSE(from24.empty());
@@ -196,8 +158,8 @@ TEST(Dither, PixelsStartBehindAFullTableWhateverClrUsedSays) {
     // A white 8-bit image with a table of two entries: the dithers look for
     // pixels behind 256 entries, past the end of the block, and read 0,
     // entry 0, black.  Halftone follows biClrUsed and sees white.
-    const testing_support::DibShape shape{4, 3, 8, 2, 2};  // 4 by 3, 8 bits, two entries, biClrUsed 2
-    Bytes dib = testing_support::PackedDib(shape, [](int, int) { return 1u; });
+    const DibShape shape{4, 3, 8, 2, 2};  // 4 by 3, 8 bits, two entries, biClrUsed 2
+    Bytes dib = PackedDib(shape, [](int, int) { return 1u; });
     std::memset(&dib[40], 0, 3);
     std::memset(&dib[44], 255, 3);
     for (const Export& e : kExports) EXPECT_EQ(Share(Dither(e, dib, 1), 1), 0.0) << e.name;
@@ -220,7 +182,7 @@ TEST(Halftone, FailuresWriteOnlyTheSixteenBitErrorWord) {
     }
     for (const Case& c : all) {
         SCOPED_TRACE(c.what);
-        HGLOBAL block = &c == &all[0] ? nullptr : testing_support::BlockFrom(c.dib);
+        HGLOBAL block = &c == &all[0] ? nullptr : BlockFrom(c.dib);
         WORD words[2] = {0xBEEF, 0xBEEF};
         prism::LastImgError = 12;
         HDIB result = Halftone(block, c.method, 0, &words[0]);
@@ -237,14 +199,9 @@ TEST(Halftone, FailuresWriteOnlyTheSixteenBitErrorWord) {
 
 // Every source depth with every method.
 TEST(Halftone, EveryDepthAndMethod) {
-    auto level = [](int x, int y) { return static_cast<unsigned>((x + 3 * y) % 16); };
     for (int depth : {4, 8, 24}) {
         for (WORD method : {0, 1, 2}) {
             SCOPED_TRACE("depth " + std::to_string(depth) + " method " + std::to_string(method));
-            // Header and palette as the dithers' 1-bit result.
-            Bytes out = Half(FlatGrey(13, 5, depth, 200), method, 0);
-            ASSERT_EQ(out.size(), 48 + 5 * testing_support::Stride(13, 1));
-            EXPECT_EQ(Fnv(out, 48), kHeadHash1);
             // Pure tones, thin images included.  White misses the one screen
             // cell of 255; at 24 bits only row 0 shows source row 0.
             for (auto [w, h] : {std::pair{1, 1}, {1, 9}, {9, 1}, {37, 33}}) {
@@ -262,16 +219,11 @@ TEST(Halftone, EveryDepthAndMethod) {
             WORD word = 0;
             EXPECT_TRUE(RunOn(cut, [&](HGLOBAL b) { return Halftone(b, method, 0, &word); }).empty());
             EXPECT_EQ(word, 8);
-            // 4- and 8-bit rows map one to one and agree; method 0 is the threshold.
-            if (depth == 24) continue;
+            // 4- and 8-bit rows map one to one and agree.
             auto ramp = [&](int d) {
-                return Half(MakeDib(21, 9, d, [&](int x, int y) { return Grey(d, level(x, y) * 17); }), method, 5);
+                return Half(GreyDib(21, 9, d, [&](int x, int y) { return Grey(d, (x + 3 * y) % 16 * 17); }), method, 5);
             };
-            Bytes out4or8 = ramp(depth);
-            ASSERT_FALSE(out4or8.empty());
-            if (depth == 4) { EXPECT_EQ(out4or8, ramp(8)); }
-            for (int y = 0; y < 9 && method == 0; ++y)
-                for (int x = 0; x < 21; ++x) EXPECT_EQ(PixelAt(out4or8, x, y), level(x, y) * 17 + 5 > 128 ? 1u : 0u);
+            if (depth == 4) { EXPECT_EQ(ramp(4), ramp(8)); }
         }
     }
 }
@@ -279,7 +231,7 @@ TEST(Halftone, EveryDepthAndMethod) {
 TEST(Halftone, ThresholdAndBrightnessOffset) {
     // 8-bit grey 126..131: 128 is black, 129 white; brightness moves the
     // step and is limited to 0..255 without overflow.
-    Bytes src = MakeDib(6, 1, 8, [](int x, int) { return static_cast<unsigned>(126 + x); });
+    Bytes src = GreyDib(6, 1, 8, [](int x, int) { return static_cast<unsigned>(126 + x); });
     struct Case { int brightness; unsigned bits[6]; } cases[] = {
         {0, {0, 0, 0, 1, 1, 1}}, {-1, {0, 0, 0, 0, 1, 1}}, {3, {1, 1, 1, 1, 1, 1}},
         {-2000000000, {0, 0, 0, 0, 0, 0}}, {2000000000, {1, 1, 1, 1, 1, 1}}};
@@ -289,7 +241,7 @@ TEST(Halftone, ThresholdAndBrightnessOffset) {
         for (int x = 0; x < 6; ++x) EXPECT_EQ(PixelAt(out, x, 0), c.bits[x]) << c.brightness << " x " << x;
     }
     // 24 bits: grey (59 G + 11 B + 30 R) / 100 = (11800 + 594 + 1350) / 100 = 137.
-    Bytes colour = MakeDib(1, 1, 24, [](int, int) { return 0x2DC836u; });
+    Bytes colour = GreyDib(1, 1, 24, [](int, int) { return 0x2DC836u; });
     EXPECT_EQ(Share(Half(colour, 0, -8), 1), 1.0);
     EXPECT_EQ(Share(Half(colour, 0, -9), 1), 0.0);
 }
