@@ -112,21 +112,6 @@ INSTANTIATE_TEST_SUITE_P(Depths, TurnTest,
                                                               std::make_pair(13, 32), std::make_pair(33, 9),
                                                               std::make_pair(3, 17), std::make_pair(130, 7))));
 
-// Hand-checked: a 1-bit image of height 32 has rows of exactly 4 bytes after
-// RotateDIB270, so source row 0 lands on the first pixel of the next stored
-// row and its last pixel in the spare bytes.
-TEST(RotateDIB270, OneBitHeight32SpillsIntoTheNextRowAndTheSpareBytes) {
-    Picture s(3, 32, 1);
-    s.at(0, 0) = s.at(2, 0) = 1;  // row 0: 1 0 1
-    s.at(1, 5) = 1;               // lands at result column 32 - 5 = 27 of row 1
-    Bytes out = Call(RotateDIB270, Source(s));
-    ASSERT_EQ(out.size(), 48u + 3 * 4 + 4);
-    EXPECT_EQ(Bytes(out.begin() + 48, out.end()), (Bytes{0, 0, 0, 0,        // column 0 is never written
-                                                         0x80, 0, 0, 0x10,  // source (0,0) and (1,5)
-                                                         0, 0, 0, 0,        // source (1,0) is 0
-                                                         0x80, 0, 0, 0}));  // spare bytes: source (2,0)
-}
-
 // Quirks: a compressed image is turned as rows; depths outside 1, 4, 8, 24
 // are mirrored row-wise by the vertical flip and give zero pictures of the
 // right size from the rest; a zero-sized image gives a zero-sized result.
