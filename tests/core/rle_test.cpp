@@ -3,8 +3,6 @@
 // and refused inputs.
 #include "support/test_support.h"
 
-#include <gtest/gtest.h>
-
 using namespace testing_support;
 using Rows = std::vector<Bytes>;
 

@@ -4,12 +4,8 @@
 #include "core/errors.h"
 #include "support/test_support.h"
 
-#include <gtest/gtest.h>
-
 #include <climits>
 #include <cmath>
-#include <cstring>
-#include <vector>
 
 using namespace testing_support;
 

@@ -3,10 +3,6 @@
 #include "core/errors.h"
 #include "support/test_support.h"
 
-#include <gtest/gtest.h>
-
-#include <cstring>
-
 namespace {
 
 using namespace testing_support;

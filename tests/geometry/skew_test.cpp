@@ -3,11 +3,7 @@
 #include "core/errors.h"
 #include "support/test_support.h"
 
-#include <gtest/gtest.h>
-
 #include <climits>
-#include <cstring>
-#include <vector>
 
 using namespace testing_support;
 

@@ -5,9 +5,6 @@
 #include "geometry/dib_copy.h"
 #include "support/test_support.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
 #include <tuple>
 
 using namespace testing_support;

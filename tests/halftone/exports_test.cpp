@@ -5,7 +5,6 @@
 #include "support/test_support.h"
 
 #include <array>
-#include <functional>
 
 using namespace testing_support;
 

@@ -3,7 +3,6 @@
 #include "support/test_support.h"
 
 #include <filesystem>
-#include <string>
 
 using namespace testing_support;
 

@@ -5,7 +5,6 @@
 #include "support/test_support.h"
 
 #include <climits>
-#include <functional>
 
 using namespace testing_support;
 

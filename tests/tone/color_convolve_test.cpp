@@ -2,10 +2,6 @@
 #include "core/errors.h"
 #include "support/test_support.h"
 
-#include <gtest/gtest.h>
-
-#include <vector>
-
 using namespace testing_support;
 
 namespace {

@@ -2,10 +2,7 @@
 #include "core/errors.h"
 #include "support/test_support.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
-#include <vector>
 
 using namespace testing_support;
 

@@ -4,10 +4,7 @@
 #include "tone/histogram.h"
 #include "support/test_support.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
-#include <vector>
 
 using namespace testing_support;
 
