@@ -27,6 +27,9 @@ inline std::uint32_t Get32(const Bytes& b, size_t at) {
     return v;
 }
 inline void Put32(Bytes& b, size_t at, std::uint32_t v) { std::memcpy(b.data() + at, &v, 4); }
+// A copy with the 32-bit field at `at` set to v; a copy cut to n bytes.
+inline Bytes With(Bytes b, size_t at, std::uint32_t v) { return Put32(b, at, v), b; }
+inline Bytes Cut(Bytes b, size_t n) { return b.resize(n), b; }
 // A signed 32-bit header field: 4 width, 8 height, 20 biSizeImage, 32 biClrUsed.
 inline int Field(const Bytes& b, size_t at) { return static_cast<std::int32_t>(Get32(b, at)); }
 // FNV-1a over all bytes: pins a whole result in one number.
