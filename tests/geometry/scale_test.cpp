@@ -81,10 +81,7 @@ TEST(ScaleDIB, PaletteModesAndSizeBits) {
 // Failures give 0 and their code in LastImgError; 99 means left alone, as
 // for blocks that do not hold the image they describe.  -1: a result.
 TEST(ScaleDIB, FailuresAndLimits) {
-    auto with = [](int depth, void (*edit)(Bytes&)) {
-        Bytes b = Image(6, 3, depth, Pattern);
-        return edit(b), b;
-    };
+    const Bytes img8 = Image(6, 3, 8, Pattern), img24 = Image(6, 3, 24, Pattern), img1 = Image(6, 3, 1, Pattern);
     const struct { const char* name; Bytes image; int mode, width, height, code; } cases[] = {
         {"new width 0", Image(6, 3, 8), 0, 0, 4, 1}, {"new width 0, cubic", Image(6, 3, 24), 1, 0, 4, 1},
         {"new width 0 in the low half", Image(6, 3, 4), 0, 0x10000, 4, 1},
@@ -96,12 +93,12 @@ TEST(ScaleDIB, FailuresAndLimits) {
         // The 1-bit stretcher refuses and reports nothing.
         {"1 bit, negative width", Image(6, 3, 1), 0, -3, 4, 99},
         {"1 bit, height 0", Image(6, 3, 1), 0, 4, 0, 99},
-        {"compressed", with(8, [](Bytes& b) { b[16] = 1; }), 0, 4, 4, 18},
-        {"rows cut short", with(24, [](Bytes& b) { b.resize(b.size() - 10); }), 0, 4, 4, 99},
-        {"1 bit, rows cut short", with(1, [](Bytes& b) { b.pop_back(); }), 0, 4, 4, 99},
+        {"compressed", With(img8, 16, 1), 0, 4, 4, 18},
+        {"rows cut short", Cut(img24, img24.size() - 10), 0, 4, 4, 99},
+        {"1 bit, rows cut short", Cut(img1, img1.size() - 1), 0, 4, 4, 99},
         {"core header", PackedDib({1, 1, 8, -1, 0, 0, true}), 0, 8, 8, 99},
-        {"negative height", with(8, [](Bytes& b) { Put32(b, 8, 0xFFFFFFFC); }), 0, 8, 8, 99},
-        {"header cut", with(8, [](Bytes& b) { b.resize(30); }), 0, 8, 8, 99},
+        {"negative height", With(img8, 8, 0xFFFFFFFC), 0, 8, 8, 99},
+        {"header cut", Cut(img8, 30), 0, 8, 8, 99},
     };
     for (const auto& c : cases) {
         prism::LastImgError = 99;

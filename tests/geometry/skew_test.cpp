@@ -21,12 +21,7 @@ Moved Skew(const Bytes& source, bool horizontal, int skew) {
 // column i moves up (to higher stored rows) by shifts[i].  Depth 0: every
 // depth alike.
 TEST(SkewDIB, ShiftsByHandCheckedAmounts) {
-    struct Case {
-        int depth;
-        bool horizontal;
-        int width, height, skew;
-        std::vector<int> shifts;
-    } cases[] = {
+    struct Case { int depth; bool horizontal; int width, height, skew; std::vector<int> shifts; } cases[] = {
         {0, true, 13, 3, 0, {0, 0, 0}},           // skew 0 copies
         {0, false, 13, 3, 0, std::vector<int>(13, 0)},
         {1, true, 13, 8, 8, {0, 1, 2, 3, 4, 5, 6, 7}},  // a bit shift inside bytes
@@ -56,11 +51,9 @@ TEST(SkewDIB, ShiftsByHandCheckedAmounts) {
             const int grow = c.skew < 0 ? -c.skew : c.skew;
             const int newW = c.width + (c.horizontal ? grow : 0), newH = c.height + (c.horizontal ? 0 : grow);
             // The header as it was but the size; biSizeImage filled in.
-            Bytes head(image.begin(), image.end() - static_cast<long>(Stride(c.width, depth) * c.height));
-            Put32(head, 4, newW), Put32(head, 8, newH);
-            Put32(head, 20, static_cast<std::uint32_t>(Stride(newW, depth) * newH));
+            Bytes head = With(With(With(Cut(image, BitsOffset(image)), 4, newW), 8, newH), 20, Stride(newW, depth) * newH);
             ASSERT_EQ(s.result.size(), head.size() + Stride(newW, depth) * newH);
-            EXPECT_EQ(Bytes(s.result.begin(), s.result.begin() + static_cast<long>(head.size())), head);
+            EXPECT_EQ(Cut(s.result, head.size()), head);
             for (int y = 0; y < newH; ++y)
                 for (int x = 0; x < newW; ++x) {
                     const int fx = c.horizontal ? x - c.shifts[y] : x, fy = c.horizontal ? y : y - c.shifts[x];
@@ -72,16 +65,12 @@ TEST(SkewDIB, ShiftsByHandCheckedAmounts) {
 }
 
 TEST(SkewDIB, CornersDescribeTheMovedShape) {
-    struct Case {
-        bool horizontal;
-        int skew;
-        std::vector<int> corners;
-    } cases[] = {
+    const struct { bool horizontal; int skew; std::vector<int> corners; } cases[] = {
         {true, 4, {4, 0, 9, 0, 5, 3, 0, 3}}, {true, -4, {0, 0, 5, 0, 9, 3, 4, 3}}, {true, 0, {0, 0, 5, 0, 5, 3, 0, 3}},
         // Vertical corners move in pairs: they describe a rectangle.
         {false, 4, {0, 4, 5, 4, 5, 3, 0, 3}}, {false, -4, {0, 0, 5, 0, 5, 7, 0, 7}},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         Moved s = Skew(Shape(5, 3, 8), c.horizontal, c.skew);
         EXPECT_EQ(std::vector<int>(s.corners, s.corners + 8), c.corners) << c.horizontal << " " << c.skew;
     }
@@ -90,33 +79,15 @@ TEST(SkewDIB, CornersDescribeTheMovedShape) {
 // Success clears LastImgError and leaves the word alone; a failure puts
 // its code in both.
 TEST(SkewDIB, Reporting) {
-    auto with = [](int bitCount, void (*edit)(Bytes&)) {
-        Bytes b = Shape(6, 4, bitCount);
-        edit(b);
-        return b;
-    };
-    DibShape core;
-    core.coreHeader = true;
-    struct Case {
-        const char* name;
-        Bytes image;
-        int skew;
-        int code;
-    } cases[] = {
-        {"success", Shape(6, 4, 4), 3, 0},
-        {"core header", PackedDib(core), 2, 8},
-        {"short header", with(8, [](Bytes& b) { b.resize(30); }), 2, 8},
-        {"colour table cut", with(8, [](Bytes& b) { b.resize(40 + 100); }), 2, 8},
-        {"compressed", with(8, [](Bytes& b) { b[16] = 2; }), 2, 18},
-        {"width 0", with(8, [](Bytes& b) { std::memset(&b[4], 0, 4); }), 2, 19},
-        {"height 0", with(4, [](Bytes& b) { std::memset(&b[8], 0, 4); }), 2, 19},
-        {"negative height", with(8, [](Bytes& b) { std::memset(&b[8], 0xFF, 4); }), 2, 19},
-        {"last row cut", with(24, [](Bytes& b) { b.pop_back(); }), 2, 19},
-        {"skew too large", Shape(6, 4, 8), INT_MAX, 1},
-        {"skew too small", Shape(6, 4, 1), INT_MIN, 1},
-        {"sheared size too large", Shape(6, 4, 24), 1 << 30, 1},
-    };
-    for (const Case& c : cases)
+    const Bytes img8 = Shape(6, 4, 8), img24 = Shape(6, 4, 24);
+    const struct { const char* name; Bytes image; int skew, code; } cases[] = {
+        {"success", Shape(6, 4, 4), 3, 0},          {"core header", PackedDib({1, 1, 8, -1, 0, 0, true}), 2, 8},
+        {"short header", Cut(img8, 30), 2, 8},      {"colour table cut", Cut(img8, 40 + 100), 2, 8},
+        {"compressed", With(img8, 16, 2), 2, 18},   {"width 0", With(img8, 4, 0), 2, 19},
+        {"height 0", With(Shape(6, 4, 4), 8, 0), 2, 19}, {"negative height", With(img8, 8, 0xFFFFFFFFu), 2, 19},
+        {"last row cut", Cut(img24, img24.size() - 1), 2, 19}, {"skew too large", img8, INT_MAX, 1},
+        {"skew too small", Shape(6, 4, 1), INT_MIN, 1}, {"sheared size too large", img24, 1 << 30, 1}};
+    for (const auto& c : cases)
         for (bool horizontal : {true, false}) {
             prism::LastImgError = 99;
             Moved s = Skew(c.image, horizontal, c.skew);
