@@ -1,6 +1,5 @@
-// RotateDIB: result sizes and corners, hand-checked walks, equivalent
-// angles and the caller's error word; every walk's output is pinned in
-// tests/pinned.
+// RotateDIB: result sizes and corners, equivalent angles and the caller's
+// error word; the walks' outputs are pinned in tests/pinned.
 #include "core/errors.h"
 #include "support/test_support.h"
 
@@ -41,50 +40,6 @@ TEST(RotateDIB, SizeCornersAndHeaderFollowTheTurn) {
                 EXPECT_EQ(Bytes(t.result.begin(), t.result.begin() + head), want) << c.angle << " at " << depth;
                 EXPECT_TRUE(c.corners.empty() || std::vector<int>(t.corners, t.corners + 8) == c.corners) << c.angle;
             }
-}
-
-// Hand-checked walks at every depth: result (c, r) copies source (x, y), or
-// is 0 when `from` gives x = -1.  Rows count as stored.
-TEST(RotateDIB, HandCheckedWalks) {
-    struct Case {
-        const char* name;
-        int w, h, angle, mode;
-        void (*from)(int c, int r, int* x, int* y);
-    } cases[] = {
-        {"zero turn copies", 6, 4, 0, 0, [](int c, int r, int* x, int* y) { *x = c, *y = r; }},
-        {"zero turn, integer walk", 6, 4, 0, 1, [](int c, int r, int* x, int* y) { *x = c, *y = r; }},
-        // Only the low 16 bits of a size count; rows keep their real stride.
-        {"65,542 wide is 6 wide", 65542, 4, 0, 0, [](int c, int r, int* x, int* y) { *x = c, *y = r; }},
-        // An odd width grows by one column: the floating walk enters at
-        // column 1 and never reads column 0 ...
-        {"odd width, floating walk", 5, 4, 0, 0,
-         [](int c, int r, int* x, int* y) { *x = c >= 1 && c < 5 ? c : -1, *y = r; }},
-        // ... the integer walk starts from the rounded row start at -1 and
-        // steps onto column 0, so the picture lands one column to the right.
-        {"odd width, integer walk", 5, 4, 0, 1, [](int c, int r, int* x, int* y) { *x = c - 1, *y = r; }},
-        {"half turn skips column 0", 10, 6, 180, 0,
-         [](int c, int r, int* x, int* y) { *x = c >= 1 ? 9 - c : -1, *y = 5 - r; }},
-        {"half turn, integer walk also skips row 0", 6, 4, 180, 1,
-         [](int c, int r, int* x, int* y) { *x = c >= 1 && r >= 1 ? 6 - c : -1, *y = 4 - r; }},
-        // 4 by 2 turns into 2 by 4: the second source row maps just outside
-        // the source and is lost; column 1 holds the bottom source row.
-        {"quarter turn of 4 by 2", 4, 2, 90, 0,
-         [](int c, int r, int* x, int* y) { *x = c == 1 ? r : -1, *y = 0; }},
-    };
-    for (const Case& k : cases)
-        for (int depth : kDepths) {
-            const Bytes source = Image(k.w, k.h, depth);
-            Moved t = Turn(source, k.angle, k.mode);
-            ASSERT_FALSE(t.result.empty()) << k.name;
-            const int newW = Field(t.result, 4), newH = Field(t.result, 8);
-            for (int r = 0; r < newH; ++r)
-                for (int c = 0; c < newW; ++c) {
-                    int x, y;
-                    k.from(c, r, &x, &y);
-                    EXPECT_EQ(PixelAt(t.result, c, r), x < 0 ? 0u : PixelAt(source, x, y))
-                        << k.name << ", depth " << depth << " at " << c << "," << r;
-                }
-        }
 }
 
 // Angles that reduce to the same value give the same image; any walk mode
