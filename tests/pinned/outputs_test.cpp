@@ -66,9 +66,7 @@ Bytes Scales(int depth) {
     Out o;
     for (int mode : {0, 1})
         for (auto [w, h] : {std::pair{23, 17}, {4, 3}, {9, 7}, {6, 14}, {1, 1}, {2, 9}}) {
-            HDIB dib = BlockFrom(Image(9, 7, depth, Pattern));
-            o.Add(Take(ScaleDIB(dib, mode, w, h)));
-            GlobalFree(dib);
+            o.Add(Apply(Image(9, 7, depth, Pattern), [&](HGLOBAL d) { return ScaleDIB(d, mode, w, h); }));
         }
     return o.all;
 }
@@ -77,11 +75,8 @@ Bytes GreyScales(int depth) {
     Out o;
     const int rects[][6] = {{2, 3, 6, 4, 1, 1}, {0, 0, 8, 6, 3, 2}, {1, 1, 5, 5, 2, 3}, {0, 0, 2, 1, 2, 1}};
     for (int mode : {0, 1})
-        for (const auto& r : rects) {
-            HDIB dib = BlockFrom(GreyTable(14, 9, depth));
-            o.Add(Take(ScaleGrayDIB(dib, r[0], r[1], r[2], r[3], r[4], r[5], mode)));
-            GlobalFree(dib);
-        }
+        for (const auto& r : rects)
+            o.Add(Apply(GreyTable(14, 9, depth), [&](HGLOBAL d) { return ScaleGrayDIB(d, r[0], r[1], r[2], r[3], r[4], r[5], mode); }));
     return o.all;
 }
 
@@ -92,11 +87,8 @@ Bytes Dithers(Dither fn) {
         for (int bits : {1, 4, 8})
             for (auto [w, h] : {std::pair{37, 9}, {1, 5}, {64, 64}, {16, 2}}) {
                 if (bits >= depth) continue;
-                Bytes src = GreyTable(w, h, depth);
-                if (w == 16) src = Image(w, h, depth, Pattern);  // colours
-                HDIB dib = BlockFrom(src);
-                o.Add(Take(fn(dib, bits)));
-                GlobalFree(dib);
+                const Bytes src = w == 16 ? Image(w, h, depth, Pattern) : GreyTable(w, h, depth);  // colours, greys
+                o.Add(Apply(src, [&](HGLOBAL d) { return fn(d, bits); }));
             }
     return o.all;
 }
@@ -109,12 +101,8 @@ Bytes Halftones() {
     for (int depth : {4, 8, 24})
         for (WORD method : {0, 1, 2})
             for (int brightness : {0, 40, -20})
-                for (auto [w, h] : {std::pair{37, 33}, {16, 7}, {6, 5}}) {
-                    HDIB dib = BlockFrom(GreyTable(w, h, depth));
-                    WORD error = 0;
-                    o.Add(Take(Halftone(dib, method, brightness, &error)));
-                    GlobalFree(dib);
-                }
+                for (auto [w, h] : {std::pair{37, 33}, {16, 7}, {6, 5}})
+                    o.Add(Apply(GreyTable(w, h, depth), [&](HGLOBAL d) { WORD e = 0; return Halftone(d, method, brightness, &e); }));
     return o.all;
 }
 
@@ -127,11 +115,11 @@ Bytes Filters(bool colour) {
             for (int size : {3, 5, 7})
                 for (int mode = 0; mode < (colour ? 3 : 1); ++mode) {
                     if (kind == 2 || (kind == 1 && size != 3)) continue;
-                    HDIB dib = BlockFrom(Image(width, 11, colour ? 24 : 8, Pattern));
-                    int error = 0;
-                    o.Add(Take(colour ? ColorConvolution(dib, 1, mode, WORD(kind), short(size), nullptr, shorts, &error)
-                                      : Convolve(dib, 1, kind, size, nullptr, matrix, &error)));
-                    GlobalFree(dib);
+                    o.Add(Apply(Image(width, 11, colour ? 24 : 8, Pattern), [&](HGLOBAL d) {
+                        int e = 0;
+                        return colour ? ColorConvolution(d, 1, mode, WORD(kind), short(size), nullptr, shorts, &e)
+                                      : Convolve(d, 1, kind, size, nullptr, matrix, &e);
+                    }));
                 }
     return o.all;
 }
@@ -154,19 +142,14 @@ Bytes Tones() {
     Out o;
     const short pairs[][2] = {{50, 50}, {0, -50}, {-100, -100}, {30, 100}, {-70, 20}};
     for (int depth : {4, 8, 24})
-        for (const auto& p : pairs) {
-            HDIB dib = BlockFrom(Image(13, 5, depth, Pattern));
-            o.Add(Take(ColorBrightnessContrast(dib, p[0], p[1])));
-            GlobalFree(dib);
-        }
+        for (const auto& p : pairs)
+            o.Add(Apply(Image(13, 5, depth, Pattern), [&](HGLOBAL d) { return ColorBrightnessContrast(d, p[0], p[1]); }));
     int error = 0;
     HGLOBAL lut = ComputeLUT(nullptr, PRISM_TABLE_CREATE, nullptr, 0, 0, &error);
     for (const auto& p : pairs) {
         ComputeLUT(nullptr, PRISM_TABLE_UPDATE, lut, p[1] * 2, p[0], &error);
-        HDIB dib = BlockFrom(Image(13, 5, 8, Pattern));
         o.Add(BlockBytes(lut));
-        o.Add(Take(ApplyLUT(dib, lut, 1, &error)));
-        GlobalFree(dib);
+        o.Add(Apply(Image(13, 5, 8, Pattern), [&](HGLOBAL d) { return ApplyLUT(d, lut, 1, &error); }));
     }
     GlobalFree(lut);
     return o.all;

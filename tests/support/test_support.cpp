@@ -118,6 +118,13 @@ Bytes Take(HDIB dib) {
     return b;
 }
 
+Bytes Apply(const Bytes& in, const std::function<HDIB(HGLOBAL)>& op) {
+    HGLOBAL block = BlockFrom(in);
+    Bytes result = Take(op(block));
+    GlobalFree(block);
+    return result;
+}
+
 Bytes Call(DibOp op, const Bytes& in) {
     HGLOBAL block = BlockFrom(in);
     Bytes result = Take(op(block));

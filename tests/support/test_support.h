@@ -93,6 +93,9 @@ Bytes BlockBytes(HGLOBAL block);
 // The bytes of a result block, freed; empty for no result.
 Bytes Take(HDIB dib);
 
+// The result's bytes of op on a block holding `in` (empty for 0); the
+// block is freed.
+Bytes Apply(const Bytes& in, const std::function<HDIB(HGLOBAL)>& op);
 // Runs an export on bytes and gives back the result's bytes (empty for a
 // 0 result); the input block is checked to be unchanged and freed.
 using DibOp = HDIB(WINAPI*)(HDIB);
