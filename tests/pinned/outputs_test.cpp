@@ -36,6 +36,16 @@ Bytes GreyTable(int w, int h, int depth) {
     return b;
 }
 
+Bytes Turns(int depth) {
+    Out o;
+    for (auto [w, h] : {std::pair{1, 1}, {7, 5}, {13, 32}, {33, 9}, {3, 17}, {130, 7}}) {
+        Bytes src = ToDib(Varied(w, h, depth));
+        for (auto [at, v] : {std::pair{24u, 100u}, {28u, 200u}, {36u, 3u}}) Put32(src, at, v);
+        for (DibOp op : {RotateDIB90, RotateDIB180, RotateDIB270, FlipDIBVertical, FlipDIBHorizontal}) o.Add(Call(op, src));
+    }
+    return o.all;
+}
+
 Bytes Rotations(int depth) {
     Out o;
     for (auto [w, h] : {std::pair{19, 11}, {24, 16}, {5, 4}})
@@ -188,6 +198,10 @@ struct Pin {
     std::uint64_t hash;
 };
 const Pin kPins[] = {
+    {"turns at 1 bit", [] { return Turns(1); }, 0xcc4b04949f2d8957u},
+    {"turns at 4 bits", [] { return Turns(4); }, 0x3682e81c85f86d36u},
+    {"turns at 8 bits", [] { return Turns(8); }, 0x0458220959fca08bu},
+    {"turns at 24 bits", [] { return Turns(24); }, 0x1701390bda8c65c8u},
     {"RotateDIB at 1 bit", [] { return Rotations(1); }, 0x1e7e90d6bb9003c9u},
     {"RotateDIB at 4 bits", [] { return Rotations(4); }, 0x3826bbf04c2f0f28u},
     {"RotateDIB at 8 bits", [] { return Rotations(8); }, 0x8fcf01ad8279d5d2u},
