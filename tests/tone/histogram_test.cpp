@@ -174,6 +174,7 @@ TEST(ColorBrightnessContrast, RefusesInTheFixedOrder) {
     const struct { const char* name; Bytes bytes; short brightness; int expected; } cases[] = {
         {"brightness 101", Image(4, 4, 24), 101, prism::kErrParameter},
         {"1-bit before the range", Image(4, 4, 1), 101, prism::kErrBitsPerPixel},
+        {"compressed before the depth", With(Image(4, 4, 1), 16, 1), 101, prism::kErrCompressed},
         {"too small", Bytes(60, 0), 0, prism::kErrParameter}, {"rows past the block", shortRows, 0, prism::kErrDibSize},
         {"no image", {}, 0, prism::kErrParameter}};
     for (const auto& c : cases) {
