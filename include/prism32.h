@@ -164,10 +164,18 @@ typedef struct BZoomState {
     int bandVisible;
 } BZoomState;
 
+/* A 64-bit float at an 8-byte boundary in records, as on Windows; the
+ * 32-bit System V ABI would place it at 4. */
+#if defined(__GNUC__) && defined(__i386__) && !defined(_WIN32)
+typedef double PRISM_F64 __attribute__((aligned(8)));
+#else
+typedef double PRISM_F64;
+#endif
+
 /* Screen zoom record kept by the host for the BZoomScreen calls. */
 typedef struct ScreenZoomState {
     int flags;
-    double scaleX, scaleY;
+    PRISM_F64 scaleX, scaleY;
     int imageWidth, imageHeight;
     int deviceDpiX, deviceDpiY;
     int imageDpiX, imageDpiY;

@@ -18,8 +18,9 @@ ensure_packages() {
   DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -q --no-install-recommends "${missing[@]}" >/dev/null
 }
 
-# What building the library and its native tests needs.
-NATIVE_PACKAGES=(cmake make g++ googletest libgtest-dev libbenchmark-dev)
+# What building the library and its native tests needs; the multilib
+# compilers and GoogleTest's sources make the 32-bit native build.
+NATIVE_PACKAGES=(cmake make g++ googletest libgtest-dev libbenchmark-dev gcc-multilib g++-multilib)
 # What the Windows builds and running their tests need.
 WINDOWS_PACKAGES=(mingw-w64 g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix binutils-mingw-w64-i686 binutils-mingw-w64-x86-64 wine64 xvfb xauth)
 # Printed pages (PostScript from the printer under wine) are looked at

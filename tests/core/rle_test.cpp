@@ -1,11 +1,9 @@
 // Run-length coding: pinned streams for small images, round trips where
 // the coder promises them, the decoders' row-end rules, damaged streams,
 // and refused inputs.
-#include "geometry/picture.h"
+#include "support/test_support.h"
 
-#include <gtest/gtest.h>
-
-using picture::Bytes;
+using namespace testing_support;
 using Rows = std::vector<Bytes>;
 
 namespace {
@@ -14,7 +12,7 @@ size_t TableOffset(int bits) { return 40 + (size_t(4) << bits); }
 
 // An uncompressed DIB from raw stored rows (padding included), bottom first.
 Bytes RawDib(int width, int bits, const Rows& rows) {
-    Bytes dib = testing_support::PackedDib({width, static_cast<int>(rows.size()), bits});
+    Bytes dib = PackedDib({width, static_cast<int>(rows.size()), bits});
     dib.resize(TableOffset(bits));
     for (const Bytes& row : rows) dib.insert(dib.end(), row.begin(), row.end());
     return dib;
@@ -23,10 +21,10 @@ Bytes RawDib(int width, int bits, const Rows& rows) {
 // A compressed DIB holding `stream` behind a full table.
 Bytes CompressedDib(int width, int height, int bits, std::uint32_t compression, const Bytes& stream) {
     Bytes dib = RawDib(width, bits, {});
-    picture::Put32(dib, 8, static_cast<std::uint32_t>(height));
-    picture::Put32(dib, 16, compression);
-    picture::Put32(dib, 20, static_cast<std::uint32_t>(stream.size()));
-    picture::Put32(dib, 24, 123);  // a header field to be copied as it stands
+    Put32(dib, 8, static_cast<std::uint32_t>(height));
+    Put32(dib, 16, compression);
+    Put32(dib, 20, static_cast<std::uint32_t>(stream.size()));
+    Put32(dib, 24, 123);  // a header field to be copied as it stands
     dib.insert(dib.end(), stream.begin(), stream.end());
     return dib;
 }
@@ -57,12 +55,12 @@ TEST(CompressDIB, PinnedStreams) {
         SCOPED_TRACE(c.name);
         Bytes src = RawDib(c.width, c.bits, c.rows);
         SetImgError(5);
-        Bytes out = picture::Run(CompressDIB, src);
+        Bytes out = Call(CompressDIB, src);
         EXPECT_EQ(ImgError(), 0);
         // Header and table as they were but for compression and size, then the stream.
         Bytes want(src.begin(), src.begin() + static_cast<long>(TableOffset(c.bits)));
-        picture::Put32(want, 16, c.bits == 8 ? 1 : 2);
-        picture::Put32(want, 20, static_cast<std::uint32_t>(c.stream.size()));
+        Put32(want, 16, c.bits == 8 ? 1 : 2);
+        Put32(want, 20, static_cast<std::uint32_t>(c.stream.size()));
         want.insert(want.end(), c.stream.begin(), c.stream.end());
         EXPECT_EQ(out, want);
     }
@@ -70,26 +68,20 @@ TEST(CompressDIB, PinnedStreams) {
 
 // Round trips: RLE4 at every width; RLE8 where no row tail takes in a
 // differing byte, which holds when each row starts and ends with 0.
-class RoundTrip : public ::testing::TestWithParam<std::tuple<int, int>> {};
-
-TEST_P(RoundTrip, ExpandGivesTheSourceBack) {
-    const int bits = std::get<0>(GetParam());
-    const int width = std::get<1>(GetParam());
-    for (int pattern = 0; pattern < 3; ++pattern) {
-        // Mostly distinct; short runs; a long run, then noise.
-        Bytes src = picture::ToDib(picture::Make(width, 3, bits, [&](int x, int y) -> unsigned {
-            const int v[] = {(x * 7 + y * 3) % 11, (x / 5 + y) % 3 * 4, x < width / 2 ? 3 : x * 13 % 16};
-            return bits == 8 && (x == 0 || x == width - 1) ? 0 : v[pattern];
-        }));
-        Bytes out = picture::Run(ExpandCompressedDIB, picture::Run(CompressDIB, src));
-        picture::Put32(src, 20, static_cast<std::uint32_t>(testing_support::Stride(width, bits) * 3));
-        EXPECT_EQ(out, src) << "pattern " << pattern;
-    }
+TEST(RunLength, ExpandGivesTheSourceBack) {
+    for (int bits : {4, 8})
+        for (int width : {1, 2, 3, 7, 33, 255, 256, 301, 503})
+            for (int pattern = 0; pattern < 3; ++pattern) {
+                // Mostly distinct; short runs; a long run, then noise.
+                Bytes src = ToDib(Make(width, 3, bits, [&](int x, int y) -> unsigned {
+                    const int v[] = {(x * 7 + y * 3) % 11, (x / 5 + y) % 3 * 4, x < width / 2 ? 3 : x * 13 % 16};
+                    return bits == 8 && (x == 0 || x == width - 1) ? 0 : v[pattern];
+                }));
+                Bytes out = Call(ExpandCompressedDIB, Call(CompressDIB, src));
+                Put32(src, 20, static_cast<std::uint32_t>(Stride(width, bits) * 3));
+                EXPECT_EQ(out, src) << bits << " bits, width " << width << ", pattern " << pattern;
+            }
 }
-
-INSTANTIATE_TEST_SUITE_P(Widths, RoundTrip,
-                         ::testing::Combine(::testing::Values(4, 8),
-                                            ::testing::Values(1, 2, 3, 7, 33, 255, 256, 301, 503)));
 
 // Expected stored rows (their count is the height); compression 0: by depth.
 struct ExpandCase { const char* name; int bits; int width; Bytes stream; Rows rows; std::uint32_t compression = 0; };
@@ -101,10 +93,10 @@ void ExpectExpands(const ExpandCase& c) {
     const std::uint32_t compression = c.compression ? c.compression : c.bits == 8 ? 1 : 2;
     Bytes src = CompressedDib(c.width, static_cast<int>(c.rows.size()), c.bits, compression, c.stream);
     Bytes want(src.begin(), src.begin() + static_cast<long>(TableOffset(c.bits)));
-    picture::Put32(want, 16, 0);
-    picture::Put32(want, 20, static_cast<std::uint32_t>(c.rows.size() * c.rows[0].size()));
+    Put32(want, 16, 0);
+    Put32(want, 20, static_cast<std::uint32_t>(c.rows.size() * c.rows[0].size()));
     for (const Bytes& row : c.rows) want.insert(want.end(), row.begin(), row.end());
-    EXPECT_EQ(picture::Run(ExpandCompressedDIB, src), want);
+    EXPECT_EQ(Call(ExpandCompressedDIB, src), want);
 }
 
 TEST(ExpandCompressedDIB, RowEnds) {
@@ -150,18 +142,18 @@ TEST(ExpandCompressedDIB, DamagedStreamsStayInsideTheBlocks) {
             const Bytes steps[] = {{0, 2, k, k3}, {255, k}, {0, 255}};
             stream.insert(stream.end(), steps[i % 3].begin(), steps[i % 3].end());
         }
-        Bytes out = picture::Run(ExpandCompressedDIB, CompressedDib(5, 3, bits, bits == 8 ? 1 : 2, stream));
-        EXPECT_EQ(out.size(), TableOffset(bits) + 3 * testing_support::Stride(5, bits)) << bits << " bits";
+        Bytes out = Call(ExpandCompressedDIB, CompressedDib(5, 3, bits, bits == 8 ? 1 : 2, stream));
+        EXPECT_EQ(out.size(), TableOffset(bits) + 3 * Stride(5, bits)) << bits << " bits";
     }
 }
 
 TEST(RleBadInput, RefusedWithCodes) {
     Bytes rle8 = CompressedDib(4, 2, 8, 1, {0, 1});
-    auto with = [](Bytes b, size_t at, std::uint32_t v) { return picture::Put32(b, at, v), b; };
+    auto with = [](Bytes b, size_t at, std::uint32_t v) { return Put32(b, at, v), b; };
     auto depth = [](Bytes b, unsigned bits) { return b[14] = static_cast<unsigned char>(bits), b; };
-    Bytes plain8 = picture::ToDib(picture::Varied(6, 3, 8));
-    Bytes plain4 = picture::ToDib(picture::Varied(6, 3, 4));
-    struct Case { const char* name; picture::DibOp op; Bytes in; int code; } cases[] = {
+    Bytes plain8 = ToDib(Varied(6, 3, 8));
+    Bytes plain4 = ToDib(Varied(6, 3, 4));
+    struct Case { const char* name; DibOp op; Bytes in; int code; } cases[] = {
         {"expand_uncompressed", ExpandCompressedDIB, plain8, 8},
         {"expand_size_image_0", ExpandCompressedDIB, with(rle8, 20, 0), 8},
         {"expand_rle8_at_depth_4", ExpandCompressedDIB, depth(rle8, 4), 8},
@@ -170,8 +162,8 @@ TEST(RleBadInput, RefusedWithCodes) {
         {"expand_negative_height", ExpandCompressedDIB, with(rle8, 8, 0xFFFFFFFEu), 8},
         {"expand_header_cut", ExpandCompressedDIB, Bytes(rle8.begin(), rle8.begin() + 20), 8},
         {"expand_sizes_overflow", ExpandCompressedDIB, with(with(rle8, 4, 0x7FFFFFFF), 8, 0x7FFFFFFF), 1},
-        {"compress_1_bit", CompressDIB, picture::ToDib(picture::Varied(6, 3, 1)), 8},
-        {"compress_24_bit", CompressDIB, picture::ToDib(picture::Varied(6, 3, 24)), 8},
+        {"compress_1_bit", CompressDIB, ToDib(Varied(6, 3, 1)), 8},
+        {"compress_24_bit", CompressDIB, ToDib(Varied(6, 3, 24)), 8},
         {"compress_compressed", CompressDIB, rle8, 8},
         {"compress_rows_cut", CompressDIB, Bytes(plain8.begin(), plain8.end() - 1), 8},
         {"compress_negative_width", CompressDIB, with(plain4, 4, 0xFFFFFFFFu), 8},
@@ -181,12 +173,12 @@ TEST(RleBadInput, RefusedWithCodes) {
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         SetImgError(0);
-        EXPECT_TRUE(picture::Run(c.op, c.in).empty());
+        EXPECT_TRUE(Call(c.op, c.in).empty());
         EXPECT_EQ(ImgError(), c.code);
     }
-    HGLOBAL freed = testing_support::BlockFrom(plain8);
+    HGLOBAL freed = BlockFrom(plain8);
     GlobalFree(freed);
-    for (picture::DibOp op : {CompressDIB, ExpandCompressedDIB})
+    for (DibOp op : {CompressDIB, ExpandCompressedDIB})
         for (HGLOBAL bad : {HGLOBAL(nullptr), freed}) {
             SetImgError(0);
             EXPECT_EQ(op(bad), nullptr);
@@ -199,14 +191,14 @@ TEST(RleBadInput, RefusedWithCodes) {
 // block, as zeros, and copies a full table's worth of bytes.
 TEST(CompressDIB, ShortTableStillUsesTheFullOffset) {
     // 4 wide, 1 high, 4 bits, 2 table entries, biClrUsed 2.
-    Bytes src = testing_support::PackedDib({4, 1, 4, 2, 2}, [](int x, int) { return unsigned(x + 1); });
+    Bytes src = PackedDib({4, 1, 4, 2, 2}, [](int x, int) { return unsigned(x + 1); });
     ASSERT_EQ(src.size(), 40u + 8 + 4);
     Bytes want = src;
-    picture::Put32(want, 16, 2);
-    picture::Put32(want, 20, 6);
+    Put32(want, 16, 2);
+    Put32(want, 20, 6);
     want.resize(104, 0);
     want.insert(want.end(), {4, 0, 0, 0, 0, 1});
-    EXPECT_EQ(picture::Run(CompressDIB, src), want);
+    EXPECT_EQ(Call(CompressDIB, src), want);
 }
 
 }  // namespace

@@ -6,8 +6,6 @@
 
 #include "core/errors.h"
 
-#include <gtest/gtest.h>
-
 #include <cctype>
 
 #include <filesystem>

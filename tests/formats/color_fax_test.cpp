@@ -7,10 +7,7 @@
 
 #include "core/errors.h"
 
-#include <gtest/gtest.h>
-
 #include <climits>
-#include <cstring>
 
 using namespace testing_support;
 using namespace formats_test;
@@ -36,17 +33,16 @@ Bytes PlaneFile(int width, int height, PlaneFn fn, int bits = 1) {
     return BmpFile(packed);
 }
 
-// The header and colour table a page of planes starts with.
-Bytes PageHead(int width, int height, int32_t xDpm, int32_t yDpm) {
-    const DWORD size = static_cast<DWORD>(Stride(width, 4) * height);
-    BITMAPINFOHEADER h = {40, width, height, 1, 4, 0, size, xDpm, yDpm, 16, 16};
-    Bytes head(reinterpret_cast<unsigned char*>(&h), reinterpret_cast<unsigned char*>(&h) + 40);
-    // Blue, green, red, 0: bit 3 red, bit 2 green, bit 1 blue, bit 0 raises 128 to 255.
-    const Bytes table = {0, 0,   0,   0, 0,   0,   0,   0, 128, 0,   0,   0, 255, 0,   0,   0,
-                         0, 128, 0,   0, 0,   255, 0,   0, 128, 128, 0,   0, 255, 255, 0,   0,
-                         0, 0,   128, 0, 0,   0,   255, 0, 128, 0,   128, 0, 255, 0,   255, 0,
-                         0, 128, 128, 0, 0,   255, 255, 0, 128, 128, 128, 0, 255, 255, 255, 0};
-    head.insert(head.end(), table.begin(), table.end());
+// The header and colour table a page of planes starts with: bit 3 red,
+// bit 2 green, bit 1 blue, bit 0 raises 128 to 255.
+Bytes PageHead(int width, int height, std::uint32_t xDpm, std::uint32_t yDpm) {
+    Bytes head = Cut(Image(width, height, 4, nullptr, 16, 16), 104);
+    for (auto [at, v] : {std::pair{20u, std::uint32_t(Stride(width, 4) * height)}, {24u, xDpm}, {28u, yDpm}, {36u, 16u}})
+        Put32(head, at, v);
+    for (int i = 0; i < 16; ++i) {
+        const std::uint32_t v = i & 1 ? 255 : 128;
+        Put32(head, 40 + 4 * i, (i & 2 ? v : 0) | (i & 4 ? v << 8 : 0) | (i & 8 ? v << 16 : 0));
+    }
     return head;
 }
 

@@ -4,8 +4,6 @@
 
 #include "core/errors.h"
 
-#include <gtest/gtest.h>
-
 using namespace testing_support;
 using namespace formats_test;
 

@@ -1,57 +1,34 @@
 // The four dithers and Halftone through their exports: refusal tables,
-// every accepted pair of depths, fixed palettes, pure tones, agreement
-// between depths and the required quirks.
-#include "halftone/dither.h"
-
+// pure tones at every accepted pair of depths, agreement between depths and
+// the required quirks.  Their exact outputs are pinned in tests/pinned.
 #include "core/errors.h"
 #include "support/test_support.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <array>
-#include <cstring>
-#include <functional>
-#include <string>
+
+using namespace testing_support;
 
 namespace {
 
-using testing_support::Bytes;
-using testing_support::PixelAt;
-
-// A DIB from PackedDib with a grey-ramp table (entry i = i * 255 / (n - 1))
-// and resolution 1234 by 5678.  pixel(x, y), y as stored (bottom row
-// first), is an index at 4 and 8 bits and 0xRRGGBB at 24.
-Bytes MakeDib(int width, int height, int depth, std::function<unsigned(int, int)> pixel) {
-    // PackedDib takes a plain function pointer (y from the top): the
-    // capturing function is handed over through these two statics.
-    static std::function<unsigned(int, int)> current;
-    static int rows;
-    current = std::move(pixel);
-    rows = height;
-    const testing_support::DibShape shape{width, height, depth};
-    Bytes b = testing_support::PackedDib(shape, [](int x, int y) { return current(x, rows - 1 - y); });
+// A DIB with a grey-ramp table (entry i = i * 255 / (n - 1)); pixel(x, y),
+// y as stored, is an index at 4 and 8 bits and 0xRRGGBB at 24.
+Bytes GreyDib(int width, int height, int depth, const std::function<unsigned(int, int)>& pixel) {
+    Bytes b = ToDib(Make(width, height, depth, pixel));
     for (int i = 0, n = depth <= 8 ? 1 << depth : 0; i < n; ++i) std::memset(&b[40 + 4 * i], i * 255 / (n - 1), 3);
-    const unsigned char resolution[8] = {0xD2, 0x04, 0, 0, 0x2E, 0x16, 0, 0};  // 1234, 5678
-    std::memcpy(&b[24], resolution, 8);
     return b;
 }
-
 // Grey g (0..255) as a pixel of `depth`; at 4 bits the nearest of 16 levels.
 unsigned Grey(int depth, unsigned g) { return depth == 4 ? (g + 8) / 17 : depth == 8 ? g : g * 0x010101u; }
 Bytes FlatGrey(int width, int height, int depth, unsigned g) {
-    return MakeDib(width, height, depth, [=](int, int) { return Grey(depth, g); });
+    return GreyDib(width, height, depth, [=](int, int) { return Grey(depth, g); });
 }
 
-// Runs an export on a copy of `dib` in a block and returns the result's
-// bytes; empty on failure or when the source block was changed.
-template <typename F>
-Bytes RunOn(const Bytes& dib, F&& op) {
-    HGLOBAL block = testing_support::BlockFrom(dib);
-    HDIB result = op(block);
-    Bytes out = result ? testing_support::BlockBytes(result) : Bytes();
-    if (result) GlobalFree(result);
-    if (testing_support::BlockBytes(block) != dib) out.clear();
+// The result's bytes of op on a copy of `dib`; empty on failure or when the
+// source block was changed.
+Bytes RunOn(const Bytes& dib, const std::function<HDIB(HGLOBAL)>& op) {
+    HGLOBAL block = BlockFrom(dib);
+    Bytes out = Take(op(block));
+    if (BlockBytes(block) != dib) out.clear();
     GlobalFree(block);
     return out;
 }
@@ -62,23 +39,14 @@ bool StillLocked(HGLOBAL block) {
     return GlobalUnlock(block) != 0;
 }
 
-// Share of the pixels of a (small) result that have value v; -1 for no result.
+// Share of the pixels of a result that have value v; -1 for no result.
 double Share(const Bytes& dib, unsigned v) {
     if (dib.size() < 40) return -1;
-    const int w = dib[4] | dib[5] << 8, h = dib[8] | dib[9] << 8;
     int n = 0;
-    for (int y = 0; y < h; ++y)
-        for (int x = 0; x < w; ++x) n += PixelAt(dib, x, y) == v;
-    return double(n) / (double(w) * h);
+    for (int y = 0; y < Field(dib, 8); ++y)
+        for (int x = 0; x < Field(dib, 4); ++x) n += PixelAt(dib, x, y) == v;
+    return double(n) / (double(Field(dib, 4)) * Field(dib, 8));
 }
-
-// FNV-1a over the first n bytes: pins a header with its fixed palette.
-std::uint32_t Fnv(const Bytes& b, size_t n) {
-    std::uint32_t h = 2166136261u;
-    for (size_t i = 0; i < n && i < b.size(); ++i) h = (h ^ b[i]) * 16777619u;
-    return h;
-}
-const std::uint32_t kHeadHash1 = 0x61002994u, kHeadHash4 = 0x155a956au, kHeadHash8 = 0xb9f62a69u;  // 13 by 5
 
 struct Export {
     const char* name;
@@ -133,7 +101,7 @@ TEST(Dither, RefusalsByCodeAndLock) {
     for (const Case& c : all) {
         for (int i = 0; i < 4; ++i) {
             SCOPED_TRACE(std::string(kExports[i].name) + ": " + c.what + " bits " + std::to_string(c.bits));
-            HGLOBAL block = &c == &all[0] ? nullptr : testing_support::BlockFrom(c.dib);
+            HGLOBAL block = &c == &all[0] ? nullptr : BlockFrom(c.dib);
             prism::LastImgError = 99;
             HDIB result = kExports[i].fn(block, c.bits);
             EXPECT_EQ(result != nullptr, c.code[i] == 0);
@@ -146,8 +114,6 @@ TEST(Dither, RefusalsByCodeAndLock) {
     }
 }
 
-unsigned Ramp(int x, int y) { return static_cast<unsigned>((x * 5 + y * 3 + (x * y) % 7) % 16); }
-
 // Every export at every source depth and every target depth it accepts.
 TEST(Dither, EveryAcceptedPairOfDepths) {
     for (const Export& e : kExports) {
@@ -155,11 +121,6 @@ TEST(Dither, EveryAcceptedPairOfDepths) {
             for (int bits : {1, 4, 8}) {
                 if (bits >= depth || (bits == 8 && !e.has8)) continue;
                 SCOPED_TRACE(std::string(e.name) + " " + std::to_string(depth) + "->" + std::to_string(bits));
-                // Header with the fixed palette of the target depth, pinned.
-                Bytes out = Dither(e, FlatGrey(13, 5, depth, 90), bits);
-                const size_t head = 40 + (4u << bits);
-                ASSERT_EQ(out.size(), head + 5 * testing_support::Stride(13, bits));
-                EXPECT_EQ(Fnv(out, head), bits == 1 ? kHeadHash1 : bits == 4 ? kHeadHash4 : kHeadHash8);
                 // Black and white stay pure, thin images included.  JJN's blue may
                 // reach level 4, which shows as the lowest green bit: 0xFC.
                 const bool jjn8 = bits == 8 && e.fn == DitherJJN;
@@ -181,7 +142,7 @@ TEST(Dither, EveryAcceptedPairOfDepths) {
                 for (int w : {8, 16, 40}) {
                     if (depth == 24) break;
                     auto grey = [w](int d) {
-                        return MakeDib(w, 11, d, [d](int x, int y) { return Grey(d, Ramp(x, y) * 17); });
+                        return GreyDib(w, 11, d, [d](int x, int y) { return Grey(d, (x * 5 + y * 3 + (x * y) % 7) % 16 * 17); });
                     };
                     Bytes from24 = Dither(e, grey(24), bits);
                     ASSERT_FALSE(from24.empty());
@@ -196,76 +157,12 @@ TEST(Dither, PixelsStartBehindAFullTableWhateverClrUsedSays) {
     // A white 8-bit image with a table of two entries: the dithers look for
     // pixels behind 256 entries, past the end of the block, and read 0,
     // entry 0, black.  Halftone follows biClrUsed and sees white.
-    const testing_support::DibShape shape{4, 3, 8, 2, 2};  // 4 by 3, 8 bits, two entries, biClrUsed 2
-    Bytes dib = testing_support::PackedDib(shape, [](int, int) { return 1u; });
+    const DibShape shape{4, 3, 8, 2, 2};  // 4 by 3, 8 bits, two entries, biClrUsed 2
+    Bytes dib = PackedDib(shape, [](int, int) { return 1u; });
     std::memset(&dib[40], 0, 3);
     std::memset(&dib[44], 255, 3);
     for (const Export& e : kExports) EXPECT_EQ(Share(Dither(e, dib, 1), 1), 0.0) << e.name;
     EXPECT_EQ(Share(Half(dib, 0, 0), 1), 1.0);
-}
-
-TEST(Dither, OneBitDensityFollowsTheGreyLevel) {
-    // White share of a grey field through each dither and Halftone's
-    // diffusion; 24-bit Halftone rows fill only the first third (see below).
-    auto density = [](int way, int depth, unsigned g) {
-        Bytes field = FlatGrey(64, 64, depth, g);
-        return Share(way < 4 ? Dither(kExports[way], field, 1) : Half(field, 1, 0), 1);
-    };
-    for (int depth : {4, 8, 24}) {
-        for (int way = 0; way < 5; ++way) {
-            double previous = 0;
-            for (unsigned g = 0; g <= 256; g += 32) {
-                double d = density(way, depth, std::min(g, 255u));
-                EXPECT_GE(d + 0.02, previous) << way << " " << depth << " " << g;  // rises with the grey
-                if (way < 4 || depth < 24) { EXPECT_NEAR(d, g / 256.0, 0.15) << way << " " << depth << " " << g; }
-                previous = d;
-            }
-        }
-        // Smooth carries the whole remainder along the row, Sharp half of it:
-        // a dark field gets more white from Smooth.
-        EXPECT_GT(density(2, depth, 40), density(3, depth, 40) + 0.01) << depth;
-    }
-}
-
-TEST(Dither, PrimaryColoursLandOnTheirPaletteEntries) {
-    struct Colour { unsigned rgb, nibble, byte; } colours[] = {
-        {0xFF0000, 8, 0xE0}, {0x00FF00, 4, 0x1C}, {0x0000FF, 2, 0x03},
-        {0xFFFF00, 12, 0xFC}, {0x00FFFF, 6, 0x1F}, {0xFF00FF, 10, 0xE3}};
-    for (const Colour& c : colours) {
-        SCOPED_TRACE(c.rgb);
-        Bytes rgb = MakeDib(9, 3, 24, [&](int, int) { return c.rgb; });
-        // From 8 bits the colour comes from table entry 7 (blue, green, red), not the index.
-        Bytes indexed = MakeDib(9, 3, 8, [](int, int) { return 7u; });
-        for (int k = 0; k < 3; ++k) indexed[40 + 4 * 7 + k] = static_cast<unsigned char>(c.rgb >> (8 * k));
-        for (const Export& e : kExports) {
-            EXPECT_EQ(Share(Dither(e, rgb, 4), c.nibble), 1.0) << e.name;
-            EXPECT_EQ(Share(Dither(e, indexed, 4), c.nibble), 1.0) << e.name;
-        }
-        EXPECT_EQ(Share(Dither(kExports[0], rgb, 8), c.byte), 1.0);
-    }
-}
-
-TEST(Dither, OnlyTheFirstRowIsLuminanceAtOneBit) {
-    // Pure green: luminance 150 in the first row, red 0 in the later ones;
-    // pure red: luminance 76 first, then red 255.
-    for (const Export* e : {&kExports[0], &kExports[1]}) {
-        for (unsigned rgb : {0x00FF00u, 0xFF0000u}) {
-            Bytes out = Dither(*e, MakeDib(64, 6, 24, [=](int, int) { return rgb; }), 1);
-            ASSERT_FALSE(out.empty());
-            int first = 0, later = 0;
-            for (int x = 0; x < 64; ++x)
-                for (int y = 0; y < 6; ++y) (y ? later : first) += PixelAt(out, x, y);
-            const bool green = rgb == 0x00FF00u;
-            EXPECT_GE(first, green ? 20 : 1) << e->name << " " << rgb;
-            EXPECT_LT(first, green ? 64 : 40) << e->name << " " << rgb;
-            EXPECT_EQ(later, green ? 0 : 5 * 64) << e->name << " " << rgb;
-        }
-    }
-    // One red pixel: as luminance 76 black; JJN and Smooth keep index 0
-    // plain red, 255, white.
-    Bytes red = MakeDib(1, 1, 24, [](int, int) { return 0xFF0000u; });
-    const double white[] = {0, 1, 1, 0};  // FS4, JJN, Smooth, Sharp
-    for (int i = 0; i < 4; ++i) EXPECT_EQ(Share(Dither(kExports[i], red, 1), 1), white[i]) << kExports[i].name;
 }
 
 TEST(Halftone, FailuresWriteOnlyTheSixteenBitErrorWord) {
@@ -284,7 +181,7 @@ TEST(Halftone, FailuresWriteOnlyTheSixteenBitErrorWord) {
     }
     for (const Case& c : all) {
         SCOPED_TRACE(c.what);
-        HGLOBAL block = &c == &all[0] ? nullptr : testing_support::BlockFrom(c.dib);
+        HGLOBAL block = &c == &all[0] ? nullptr : BlockFrom(c.dib);
         WORD words[2] = {0xBEEF, 0xBEEF};
         prism::LastImgError = 12;
         HDIB result = Halftone(block, c.method, 0, &words[0]);
@@ -301,14 +198,9 @@ TEST(Halftone, FailuresWriteOnlyTheSixteenBitErrorWord) {
 
 // Every source depth with every method.
 TEST(Halftone, EveryDepthAndMethod) {
-    auto level = [](int x, int y) { return static_cast<unsigned>((x + 3 * y) % 16); };
     for (int depth : {4, 8, 24}) {
         for (WORD method : {0, 1, 2}) {
             SCOPED_TRACE("depth " + std::to_string(depth) + " method " + std::to_string(method));
-            // Header and palette as the dithers' 1-bit result.
-            Bytes out = Half(FlatGrey(13, 5, depth, 200), method, 0);
-            ASSERT_EQ(out.size(), 48 + 5 * testing_support::Stride(13, 1));
-            EXPECT_EQ(Fnv(out, 48), kHeadHash1);
             // Pure tones, thin images included.  White misses the one screen
             // cell of 255; at 24 bits only row 0 shows source row 0.
             for (auto [w, h] : {std::pair{1, 1}, {1, 9}, {9, 1}, {37, 33}}) {
@@ -326,16 +218,11 @@ TEST(Halftone, EveryDepthAndMethod) {
             WORD word = 0;
             EXPECT_TRUE(RunOn(cut, [&](HGLOBAL b) { return Halftone(b, method, 0, &word); }).empty());
             EXPECT_EQ(word, 8);
-            // 4- and 8-bit rows map one to one and agree; method 0 is the threshold.
-            if (depth == 24) continue;
+            // 4- and 8-bit rows map one to one and agree.
             auto ramp = [&](int d) {
-                return Half(MakeDib(21, 9, d, [&](int x, int y) { return Grey(d, level(x, y) * 17); }), method, 5);
+                return Half(GreyDib(21, 9, d, [&](int x, int y) { return Grey(d, (x + 3 * y) % 16 * 17); }), method, 5);
             };
-            Bytes out4or8 = ramp(depth);
-            ASSERT_FALSE(out4or8.empty());
-            if (depth == 4) { EXPECT_EQ(out4or8, ramp(8)); }
-            for (int y = 0; y < 9 && method == 0; ++y)
-                for (int x = 0; x < 21; ++x) EXPECT_EQ(PixelAt(out4or8, x, y), level(x, y) * 17 + 5 > 128 ? 1u : 0u);
+            if (depth == 4) { EXPECT_EQ(ramp(4), ramp(8)); }
         }
     }
 }
@@ -343,7 +230,7 @@ TEST(Halftone, EveryDepthAndMethod) {
 TEST(Halftone, ThresholdAndBrightnessOffset) {
     // 8-bit grey 126..131: 128 is black, 129 white; brightness moves the
     // step and is limited to 0..255 without overflow.
-    Bytes src = MakeDib(6, 1, 8, [](int x, int) { return static_cast<unsigned>(126 + x); });
+    Bytes src = GreyDib(6, 1, 8, [](int x, int) { return static_cast<unsigned>(126 + x); });
     struct Case { int brightness; unsigned bits[6]; } cases[] = {
         {0, {0, 0, 0, 1, 1, 1}}, {-1, {0, 0, 0, 0, 1, 1}}, {3, {1, 1, 1, 1, 1, 1}},
         {-2000000000, {0, 0, 0, 0, 0, 0}}, {2000000000, {1, 1, 1, 1, 1, 1}}};
@@ -353,51 +240,9 @@ TEST(Halftone, ThresholdAndBrightnessOffset) {
         for (int x = 0; x < 6; ++x) EXPECT_EQ(PixelAt(out, x, 0), c.bits[x]) << c.brightness << " x " << x;
     }
     // 24 bits: grey (59 G + 11 B + 30 R) / 100 = (11800 + 594 + 1350) / 100 = 137.
-    Bytes colour = MakeDib(1, 1, 24, [](int, int) { return 0x2DC836u; });
+    Bytes colour = GreyDib(1, 1, 24, [](int, int) { return 0x2DC836u; });
     EXPECT_EQ(Share(Half(colour, 0, -8), 1), 1.0);
     EXPECT_EQ(Share(Half(colour, 0, -9), 1), 0.0);
-}
-
-TEST(Halftone, OrderedScreenByRowAndColumn) {
-    // A black image lifted by brightness g: a cell is white exactly when its
-    // screen value (row y mod 16, column x mod 16) is below g.  Grey is g
-    // everywhere, so the 24-bit row mapping makes no difference.
-    unsigned char screen[256];
-    prism::BuildHalftoneScreen(screen);
-    for (int depth : {4, 8, 24}) {
-        for (int g : {1, 64, 128, 200, 255, 300}) {
-            Bytes out = Half(FlatGrey(37, 33, depth, 0), 2, g);
-            ASSERT_FALSE(out.empty());
-            for (int y = 0; y < 33; ++y)
-                for (int x = 0; x < 37; ++x)
-                    EXPECT_EQ(PixelAt(out, x, y), screen[16 * (y % 16) + x % 16] < std::min(g, 255) ? 1u : 0u)
-                        << depth << " g " << g << " at " << x << "," << y;
-        }
-    }
-}
-
-TEST(Halftone, TwentyFourBitRowsAreReadAtThreeTimesThePitch) {
-    // Width 16: the 24-bit stride is three split rows, so output row y shows
-    // source row 3 y; rows past the last third are grey `brightness`.
-    Bytes src = MakeDib(16, 7, 24, [](int, int y) { return y % 3 == 0 ? 0xFFFFFFu : 0u; });
-    for (int brightness : {0, 200}) {
-        Bytes out = Half(src, 0, brightness);
-        ASSERT_FALSE(out.empty());
-        for (int y = 0; y < 7; ++y)  // rows 0, 3 and 6, then zero planes
-            for (int x = 0; x < 16; ++x) EXPECT_EQ(PixelAt(out, x, y), y < 3 || brightness > 128) << x << "," << y;
-    }
-    // Width 6: stride 20, split rows of 8 pixels.  Output row 1 covers plane
-    // positions 20..25: split row 2, columns 4..7, then split row 3, columns
-    // 0 and 1.  Column 6 of a split row is padding, padding and the blue of
-    // (0, 3): grey 28; column 7 the green and red of (0, 3), blue of (1, 3):
-    // grey 226.
-    Bytes n = Half(MakeDib(6, 5, 24, [](int x, int y) { return y == 3 && x == 0 ? 0xFFFFFFu : 0u; }), 0, 0);
-    ASSERT_FALSE(n.empty());
-    const unsigned row1[6] = {0, 0, 0, 1, 1, 0};
-    for (int x = 0; x < 6; ++x) {
-        EXPECT_EQ(PixelAt(n, x, 0), 0u) << x;
-        EXPECT_EQ(PixelAt(n, x, 1), row1[x]) << x;
-    }
 }
 
 }  // namespace

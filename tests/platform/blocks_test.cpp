@@ -1,79 +1,51 @@
 // Movable blocks: the semantics hosts rely on, on every platform.
-#include "prism32.h"
-
-#include <gtest/gtest.h>
-
-#include <cstring>
+#include "support/test_support.h"
 
 namespace {
 
-TEST(Blocks, ZeroInitLockCountsAndSize) {
+TEST(Blocks, ZeroInitLockCountsReAllocAndSize) {
     HGLOBAL block = GlobalAlloc(GHND, 100);
-    ASSERT_NE(block, nullptr);
-    EXPECT_GE(GlobalSize(block), 100u);
     unsigned char* p = static_cast<unsigned char*>(GlobalLock(block));
     ASSERT_NE(p, nullptr);
-    for (int i = 0; i < 100; ++i) ASSERT_EQ(p[i], 0) << i;
-    EXPECT_EQ(GlobalLock(block), p);  // a second lock, same address
+    EXPECT_EQ(testing_support::Bytes(p, p + 100), testing_support::Bytes(100, 0));
+    EXPECT_EQ(GlobalLock(block), p);    // a second lock, same address
     EXPECT_NE(GlobalUnlock(block), 0);  // still locked once
     EXPECT_EQ(GlobalUnlock(block), 0);  // now unlocked
-    EXPECT_EQ(GlobalFree(block), nullptr);
-}
-
-TEST(Blocks, ReAllocKeepsContentsAndZeroFillsOnlyWhenAsked) {
-    HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE, 16);
-    ASSERT_NE(block, nullptr);
-    std::memset(GlobalLock(block), 0xA5, 16);
+    // Growing keeps the contents and zero-fills when asked; shrinking keeps the head.
+    std::memset(GlobalLock(block), 0xA5, 100);
     GlobalUnlock(block);
-    HGLOBAL grown = GlobalReAlloc(block, 64, GMEM_ZEROINIT);
+    HGLOBAL grown = GlobalReAlloc(block, 164, GMEM_ZEROINIT);
     ASSERT_NE(grown, nullptr);
-    unsigned char* p = static_cast<unsigned char*>(GlobalLock(grown));
-    for (int i = 0; i < 16; ++i) ASSERT_EQ(p[i], 0xA5) << i;
-    for (int i = 16; i < 64; ++i) ASSERT_EQ(p[i], 0) << i;
-    GlobalUnlock(grown);
+    testing_support::Bytes want(164, 0);
+    std::fill(want.begin(), want.begin() + 100, 0xA5);
+    EXPECT_EQ(testing_support::BlockBytes(grown), want);
     HGLOBAL shrunk = GlobalReAlloc(grown, 8, 0);
     ASSERT_NE(shrunk, nullptr);
-    EXPECT_GE(GlobalSize(shrunk), 8u);
-    EXPECT_LT(GlobalSize(shrunk), 64u);
+    EXPECT_TRUE(GlobalSize(shrunk) >= 8u && GlobalSize(shrunk) < 64u);
     EXPECT_EQ(static_cast<unsigned char*>(GlobalLock(shrunk))[7], 0xA5);
     GlobalUnlock(shrunk);
-    GlobalFree(shrunk);
+    EXPECT_EQ(GlobalFree(shrunk), nullptr);
 }
 
 #ifndef _WIN32
-// The handle table can tell a freed or made-up handle from a live one.
-TEST(Blocks, DeadAndForgedHandlesAreRefused) {
+// The handle table tells a freed, empty or made-up handle from a live one.
+TEST(Blocks, DeadEmptyForgedAndImpossibleBlocks) {
     HGLOBAL block = GlobalAlloc(GHND, 10);
-    ASSERT_NE(block, nullptr);
     ASSERT_EQ(GlobalFree(block), nullptr);
-    EXPECT_EQ(GlobalLock(block), nullptr);
-    EXPECT_EQ(GlobalSize(block), 0u);
-    EXPECT_EQ(GlobalUnlock(block), 0);
-    EXPECT_EQ(GlobalReAlloc(block, 20, 0), nullptr);
+    EXPECT_TRUE(!GlobalLock(block) && !GlobalSize(block) && !GlobalUnlock(block) && !GlobalReAlloc(block, 20, 0));
     EXPECT_EQ(GlobalFree(block), block);  // failure returns the handle
-
-    // The slot is reused by the next block, under a different handle.
-    HGLOBAL next = GlobalAlloc(GHND, 10);
-    ASSERT_NE(next, nullptr);
+    HGLOBAL next = GlobalAlloc(GHND, 10);  // the slot is reused under a different handle
     EXPECT_NE(next, block);
     EXPECT_EQ(GlobalLock(block), nullptr);
     EXPECT_EQ(GlobalFree(next), nullptr);
-
     EXPECT_EQ(GlobalLock(reinterpret_cast<HGLOBAL>(0x7777777)), nullptr);
     EXPECT_EQ(GlobalLock(nullptr), nullptr);
-}
-
-TEST(Blocks, EmptyBlockExistsButCannotBeLocked) {
-    HGLOBAL block = GlobalAlloc(GHND, 0);
-    ASSERT_NE(block, nullptr);
-    EXPECT_EQ(GlobalSize(block), 0u);
-    EXPECT_EQ(GlobalLock(block), nullptr);
-    EXPECT_EQ(GlobalFree(block), nullptr);
-}
-
-TEST(Blocks, ImpossibleSizesFailCleanly) {
+    HGLOBAL empty = GlobalAlloc(GHND, 0);  // exists, but cannot be locked
+    ASSERT_NE(empty, nullptr);
+    EXPECT_TRUE(GlobalSize(empty) == 0 && !GlobalLock(empty));
+    EXPECT_EQ(GlobalFree(empty), nullptr);
     EXPECT_EQ(GlobalAlloc(GHND, static_cast<SIZE_T>(-1)), nullptr);
-    HGLOBAL block = GlobalAlloc(GHND, 4);
+    block = GlobalAlloc(GHND, 4);
     EXPECT_EQ(GlobalReAlloc(block, static_cast<SIZE_T>(-1), 0), nullptr);
     EXPECT_EQ(GlobalSize(block), 4u);  // left as it was
     GlobalFree(block);

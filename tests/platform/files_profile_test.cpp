@@ -1,12 +1,8 @@
 // Files by handle and profile files through the platform layer.
 #include "core/dib.h"
-#include "platform/platform.h"
 #include "support/test_support.h"
 
-#include <gtest/gtest.h>
-
 #include <filesystem>
-#include <string>
 
 using namespace testing_support;
 
@@ -64,40 +60,23 @@ protected:
     std::string path_;
 };
 
-TEST_F(Profile, SectionsAndKeysIgnoreCaseAndTheFirstMatchWins) {
-    const char* p = path_.c_str();
-    EXPECT_EQ(plat::ProfileInt("fax", "totalpages", -1, p), 12);
-    EXPECT_EQ(plat::ProfileInt("FAX", "TOTALPAGES", -1, p), 12);
-    char buffer[64];
-    EXPECT_EQ(plat::ProfileString("Page1", "PLANE1", "", buffer, sizeof(buffer), p), 7u);
-    EXPECT_STREQ(buffer, "red.bmp");
-}
-
-TEST_F(Profile, ValuesAreTrimmedAndNumbersParseAsFarAsTheyGo) {
+TEST_F(Profile, CaseFirstMatchTrimmingNumbersAndFallbacks) {
     const char* p = path_.c_str();
     char buffer[64];
-    plat::ProfileString("Fax", "Name", "", buffer, sizeof(buffer), p);
-    EXPECT_STREQ(buffer, "padded value");
-    plat::ProfileString("Fax", "Quoted", "", buffer, sizeof(buffer), p);
-    EXPECT_STREQ(buffer, "in quotes");
-    EXPECT_EQ(plat::ProfileInt("Fax", "Negative", 0, p), -7);
-    EXPECT_EQ(plat::ProfileInt("Fax", "Trailing", 0, p), 42);
-    EXPECT_EQ(plat::ProfileInt("Fax", "Name", 5, p), 0);  // no digits
-}
-
-TEST_F(Profile, MissingKeysSectionsAndFilesGiveTheFallback) {
-    const char* p = path_.c_str();
-    char buffer[8];
-    EXPECT_EQ(plat::ProfileInt("Fax", "Missing", 77, p), 77);
-    EXPECT_EQ(plat::ProfileInt("Nowhere", "TotalPages", 78, p), 78);
-    EXPECT_EQ(plat::ProfileInt("Fax", "Empty", 79, p), 79);
-    std::string missing = std::filesystem::absolute("no-such-profile.ini").string();
+    const struct { const char *section, *key; int fallback, want; } ints[] = {
+        {"fax", "totalpages", -1, 12}, {"FAX", "TOTALPAGES", -1, 12},  // case ignored, first match wins
+        {"Fax", "Negative", 0, -7},    {"Fax", "Trailing", 0, 42},     {"Fax", "Name", 5, 0},  // as far as digits go
+        {"Fax", "Missing", 77, 77},    {"Nowhere", "TotalPages", 78, 78}, {"Fax", "Empty", 79, 79}};
+    for (const auto& c : ints) EXPECT_EQ(plat::ProfileInt(c.section, c.key, c.fallback, p), c.want) << c.key;
+    const std::string missing = std::filesystem::absolute("no-such-profile.ini").string();
     EXPECT_EQ(plat::ProfileInt("Fax", "TotalPages", 80, missing.c_str()), 80);
-    EXPECT_EQ(plat::ProfileString("Fax", "Missing", "default", buffer, sizeof(buffer), p), 7u);
-    EXPECT_STREQ(buffer, "default");
-    // A value longer than the buffer is cut to size - 1 characters.
-    EXPECT_EQ(plat::ProfileString("Fax", "Name", "", buffer, 5, p), 4u);
-    EXPECT_STREQ(buffer, "padd");
+    const struct { const char *section, *key; size_t size, length; const char* want; } strings[] = {
+        {"Page1", "PLANE1", 64, 7, "red.bmp"}, {"Fax", "Name", 64, 12, "padded value"}, {"Fax", "Quoted", 64, 9, "in quotes"},
+        {"Fax", "Missing", 8, 7, "default"}, {"Fax", "Name", 5, 4, "padd"}};  // cut to size - 1
+    for (const auto& c : strings) {
+        EXPECT_EQ(plat::ProfileString(c.section, c.key, "default", buffer, c.size, p), c.length) << c.key;
+        EXPECT_STREQ(buffer, c.want);
+    }
 }
 
 }  // namespace

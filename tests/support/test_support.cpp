@@ -3,10 +3,8 @@
 
 #include <atomic>
 #include <cstdio>
-#include <cstring>
 #include <fstream>
 #include <iterator>
-#include <stdexcept>
 
 namespace testing_support {
 
@@ -14,75 +12,26 @@ size_t Stride(int width, int bitCount) {
     return (static_cast<size_t>(width) * static_cast<size_t>(bitCount) + 31) / 32 * 4;
 }
 
-namespace {
-
-void Put16(Bytes& b, size_t at, unsigned v) {
-    b[at] = static_cast<unsigned char>(v);
-    b[at + 1] = static_cast<unsigned char>(v >> 8);
-}
-void Put32(Bytes& b, size_t at, std::uint32_t v) {
-    for (int i = 0; i < 4; ++i) b[at + i] = static_cast<unsigned char>(v >> (8 * i));
-}
-std::uint32_t Get32(const Bytes& b, size_t at) {
-    return std::uint32_t(b[at]) | std::uint32_t(b[at + 1]) << 8 | std::uint32_t(b[at + 2]) << 16 |
-           std::uint32_t(b[at + 3]) << 24;
-}
-
-unsigned DefaultPixel(int x, int y) { return static_cast<unsigned>(x * 7 + y * 13 + 5); }
-
-}  // namespace
-
-Bytes PackedDib(const DibShape& shape, unsigned (*pixel)(int, int)) {
-    if (!pixel) pixel = DefaultPixel;
-    int colors = shape.colors;
-    if (colors < 0) colors = shape.bitCount <= 8 ? 1 << shape.bitCount : 0;
-    const size_t headerBytes = shape.coreHeader ? 12 : 40;
-    const size_t entry = shape.coreHeader ? 3 : 4;
-    const size_t stride = Stride(shape.width, shape.bitCount);
-    Bytes b(headerBytes + colors * entry + stride * shape.height, 0);
-    if (shape.coreHeader) {
-        Put32(b, 0, 12);
-        Put16(b, 4, static_cast<unsigned>(shape.width));
-        Put16(b, 6, static_cast<unsigned>(shape.height));
-        Put16(b, 8, 1);
-        Put16(b, 10, static_cast<unsigned>(shape.bitCount));
-    } else {
-        Put32(b, 0, 40);
-        Put32(b, 4, static_cast<std::uint32_t>(shape.width));
-        Put32(b, 8, static_cast<std::uint32_t>(shape.height));
-        Put16(b, 12, 1);
-        Put16(b, 14, static_cast<unsigned>(shape.bitCount));
-        Put32(b, 20, shape.sizeImage);
-        Put32(b, 24, 2835);
-        Put32(b, 28, 2835);
-        Put32(b, 32, shape.clrUsed);
-    }
+Bytes PackedDib(const DibShape& s, unsigned (*pixel)(int, int)) {
+    const int colors = s.colors >= 0 ? s.colors : s.bitCount <= 8 ? 1 << s.bitCount : 0;
+    const size_t head = s.coreHeader ? 12 : 40, entry = s.coreHeader ? 3 : 4, stride = Stride(s.width, s.bitCount);
+    Bytes b(head + colors * entry + stride * s.height, 0);
+    const std::uint32_t w = static_cast<std::uint32_t>(s.width), h = static_cast<std::uint32_t>(s.height);
+    const std::uint32_t depth = 1 | static_cast<std::uint32_t>(s.bitCount) << 16;  // planes, then the depth
+    const std::uint32_t core[] = {12, (w & 0xFFFF) | h << 16, depth};
+    const std::uint32_t info[] = {40, w, h, depth, 0, s.sizeImage, 2835, 2835, s.clrUsed, 0};
+    std::memcpy(b.data(), s.coreHeader ? core : info, head);
     for (int i = 0; i < colors; ++i) {
-        size_t at = headerBytes + i * entry;
-        b[at] = static_cast<unsigned char>(i * 3 + 1);      // blue
-        b[at + 1] = static_cast<unsigned char>(i * 5 + 2);  // green
-        b[at + 2] = static_cast<unsigned char>(255 - i);    // red
-        if (entry == 4) b[at + 3] = 0;
+        const unsigned char bgr[] = {static_cast<unsigned char>(i * 3 + 1), static_cast<unsigned char>(i * 5 + 2),
+                                     static_cast<unsigned char>(255 - i)};
+        std::memcpy(&b[head + i * entry], bgr, 3);
     }
-    unsigned char* bits = b.data() + headerBytes + colors * entry;
-    const unsigned mask = shape.bitCount >= 24 ? 0xFFFFFFu : (1u << shape.bitCount) - 1;
-    for (int y = 0; y < shape.height; ++y) {
-        unsigned char* row = bits + stride * (shape.height - 1 - y);  // bottom row first
-        for (int x = 0; x < shape.width; ++x) {
-            unsigned v = pixel(x, y) & mask;
-            switch (shape.bitCount) {
-                case 1: row[x / 8] |= static_cast<unsigned char>(v << (7 - x % 8)); break;
-                case 4: row[x / 2] |= static_cast<unsigned char>(x % 2 ? v : v << 4); break;
-                case 8: row[x] = static_cast<unsigned char>(v); break;
-                case 24:
-                    row[x * 3] = static_cast<unsigned char>(v);
-                    row[x * 3 + 1] = static_cast<unsigned char>(v >> 8);
-                    row[x * 3 + 2] = static_cast<unsigned char>(v >> 16);
-                    break;
-                default: break;
-            }
-        }
-    }
+    unsigned char* bits = b.data() + head + colors * entry;
+    const unsigned mask = s.bitCount >= 24 ? 0xFFFFFFu : (1u << s.bitCount) - 1;
+    for (int y = 0; y < s.height; ++y)  // y from the top: the bottom row is stored first
+        for (int x = 0; x < s.width && (s.bitCount == 1 || s.bitCount == 4 || s.bitCount == 8 || s.bitCount == 24); ++x)
+            PutBits(bits + stride * (s.height - 1 - y), std::uint64_t(x) * s.bitCount, s.bitCount,
+                    (pixel ? pixel(x, y) : static_cast<unsigned>(x * 7 + y * 13 + 5)) & mask);
     return b;
 }
 
@@ -101,6 +50,101 @@ Bytes BmpFile(const Bytes& packed, long offBits) {
     Put32(file, 10, static_cast<std::uint32_t>(offBits));
     if (!packed.empty()) std::memcpy(file.data() + 14, packed.data(), packed.size());
     return file;
+}
+
+Bytes Uniform(int width, int height, int bitCount, unsigned value) {
+    static unsigned current;  // PackedDib takes a plain function
+    current = value;
+    return Image(width, height, bitCount, [](int, int) { return current; });
+}
+
+std::uint64_t Hash(const Bytes& b) {
+    std::uint64_t h = 14695981039346656037ull;
+    for (unsigned char c : b) h = (h ^ c) * 1099511628211ull;
+    return h;
+}
+
+size_t BitsOffset(const Bytes& dib) {
+    const unsigned bits = dib[14] | dib[15] << 8;
+    const std::uint32_t used = Get32(dib, 32);
+    return 40 + (used ? used : bits <= 8 ? (1u << bits) : 0) * 4;
+}
+
+Picture Make(int w, int h, int bits, const std::function<unsigned(int, int)>& fn) {
+    Picture p(w, h, bits);
+    const unsigned mask = bits >= 24 ? 0xFFFFFFu : (1u << bits) - 1;
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x) p.at(x, y) = fn(x, y) & mask;
+    return p;
+}
+
+Picture Varied(int w, int h, int bits) {
+    return Make(w, h, bits, [bits](int x, int y) {
+        std::uint32_t v = static_cast<std::uint32_t>(x * 73856093u) ^ static_cast<std::uint32_t>(y * 19349663u) ^
+                          static_cast<std::uint32_t>(bits * 83492791u);
+        v ^= v >> 13;
+        v *= 0x5bd1e995u;
+        return v ^ (v >> 15);
+    });
+}
+
+void PutBits(unsigned char* area, std::uint64_t bitPos, int bits, unsigned v) {
+    if (bits == 24) {
+        unsigned char* p = area + bitPos / 8;
+        for (int k = 0; k < 3; ++k) p[k] = static_cast<unsigned char>(v >> (8 * k));
+        return;
+    }
+    for (int k = 0; k < bits; ++k) {
+        const std::uint64_t b = bitPos + k;
+        const unsigned char mask = static_cast<unsigned char>(0x80 >> (b % 8));
+        area[b / 8] = static_cast<unsigned char>((v >> (bits - 1 - k)) & 1 ? area[b / 8] | mask : area[b / 8] & ~mask);
+    }
+}
+
+Bytes ToDib(const Picture& p) {
+    Bytes dib = Image(p.width, p.height, p.bits, [](int, int) { return 0u; });
+    const size_t stride = Stride(p.width, p.bits);
+    unsigned char* bits = dib.data() + BitsOffset(dib);
+    for (int y = 0; y < p.height; ++y)
+        for (int x = 0; x < p.width; ++x)
+            PutBits(bits + stride * y, static_cast<std::uint64_t>(x) * p.bits, p.bits, p.at(x, y));
+    return dib;
+}
+
+Bytes Take(HDIB dib) {
+    if (!dib) return Bytes();
+    Bytes b = BlockBytes(dib);
+    GlobalFree(dib);
+    return b;
+}
+
+Bytes Apply(const Bytes& in, const std::function<HDIB(HGLOBAL)>& op) {
+    HGLOBAL block = BlockFrom(in);
+    Bytes result = Take(op(block));
+    GlobalFree(block);
+    return result;
+}
+
+Bytes Call(DibOp op, const Bytes& in) {
+    HGLOBAL block = BlockFrom(in);
+    Bytes result = Take(op(block));
+    EXPECT_TRUE(BlockBytes(block) == in) << "the input block was changed";
+    GlobalFree(block);
+    return result;
+}
+
+Moved Move(MoveOp op, const Bytes& source, int a, int b) {
+    Moved m;
+    HGLOBAL src = BlockFrom(source);
+    EXPECT_NE(GlobalLock(src), nullptr);
+    if (HDIB out = op(src, a, b, &m.error, m.corners)) {
+        EXPECT_TRUE(GlobalUnlock(src)) << "a success leaves one lock on the source";
+        EXPECT_FALSE(GlobalUnlock(out)) << "the result comes back unlocked";
+        m.result = Take(out);
+    }
+    EXPECT_FALSE(GlobalUnlock(src)) << "no lock left behind";
+    GlobalFree(src);
+    return m;
 }
 
 HGLOBAL BlockFrom(const Bytes& bytes) {
@@ -122,26 +166,13 @@ Bytes BlockBytes(HGLOBAL block) {
 }
 
 unsigned PixelAt(const Bytes& dib, int x, int y) {
-    std::uint32_t size = Get32(dib, 0);
-    int width, bitCount;
-    size_t colors;
-    if (size == 40) {
-        width = static_cast<int>(Get32(dib, 4));
-        bitCount = dib[14] | dib[15] << 8;
-        colors = Get32(dib, 32) ? Get32(dib, 32) : bitCount <= 8 ? 1u << bitCount : 0;
-    } else {
-        width = dib[4] | dib[5] << 8;
-        bitCount = dib[10] | dib[11] << 8;
-        colors = bitCount <= 8 ? 1u << bitCount : 0;
-    }
-    const unsigned char* row = dib.data() + size + colors * (size == 40 ? 4 : 3) + Stride(width, bitCount) * y;
-    switch (bitCount) {
-        case 1: return (row[x / 8] >> (7 - x % 8)) & 1;
-        case 4: return x % 2 ? row[x / 2] & 15 : row[x / 2] >> 4;
-        case 8: return row[x];
-        case 24: return row[x * 3] | row[x * 3 + 1] << 8 | row[x * 3 + 2] << 16;
-        default: throw std::runtime_error("PixelAt: depth");
-    }
+    const bool info = Get32(dib, 0) == 40;
+    const int width = info ? Field(dib, 4) : dib[4] | dib[5] << 8, bitCount = dib[info ? 14 : 10];
+    const size_t colors = info && Get32(dib, 32) ? Get32(dib, 32) : bitCount <= 8 ? 1u << bitCount : 0;
+    const unsigned char* row = dib.data() + (info ? 40 + colors * 4 : 12 + colors * 3) + Stride(width, bitCount) * y;
+    if (bitCount == 24) return row[x * 3] | row[x * 3 + 1] << 8 | row[x * 3 + 2] << 16;
+    const unsigned bitPos = unsigned(x) * bitCount;  // 1, 4 and 8 bits: the first pixel in the high bits
+    return (row[bitPos / 8] >> (8 - bitCount - bitPos % 8)) & ((1u << bitCount) - 1);
 }
 
 ScratchFile::ScratchFile(const std::string& stem) {

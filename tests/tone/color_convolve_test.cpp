@@ -1,12 +1,8 @@
 // Square filters over 24-bit images, through their brightness.
 #include "core/errors.h"
-#include "tone_test_util.h"
+#include "support/test_support.h"
 
-#include <gtest/gtest.h>
-
-#include <vector>
-
-using namespace tone_test;
+using namespace testing_support;
 
 namespace {
 
@@ -39,54 +35,6 @@ TEST(ColorConvolution, EveryByteGainsTheWeightedBrightnessBlueFirst) {
     const short by16[] = {0, 0, 0, 0, -1, 0, 0, 0, 0, 16}, by15[] = {0, 0, 0, 0, -1, 0, 0, 0, 0, 15};
     EXPECT_EQ(PixelAt(Filtered(Uniform(6, 5, 24, 0x1D1105), 0, 1, 3, by16), 3, 2), 0x0A0000u);
     EXPECT_EQ(PixelAt(Filtered(Uniform(6, 5, 24, 0x1D1105), 0, 1, 3, by15), 3, 2), 0x0B0000u);
-}
-
-TEST(ColorConvolution, ConstantBrightnessPassesColourEdgesUntouched) {
-    // Every pixel has the plain mean 60, in differing colours.
-    Bytes src = Image(20, 12, 24, [](int x, int y) {
-        static const unsigned c[] = {0x1E3C5A, 0x3C3C3C, 0x5A3C1E, 0x0A3C6E};
-        return c[(x / 3 + y) % 4];
-    });
-    for (int size : {3, 5, 7}) {
-        Bytes o = Filtered(src, 0, 3, size);
-        ASSERT_FALSE(o.empty());
-        // Size 3 everywhere; 5 and 7 away from the edge columns.
-        const int first = size == 3 ? 0 : 1, last = size == 3 ? 20 : 20 - 6;
-        for (int y = 0; y < 12; ++y)
-            for (int x = first; x < last; ++x) ASSERT_EQ(PixelAt(o, x, y), PixelAt(src, x, y)) << size << " " << x;
-    }
-}
-
-TEST(ColorConvolution, LastPixelsLandTooFarLeftButNarrowRowsRepeatTheirEdges) {
-    // On a uniform grey area the columns near the edges take the weight
-    // sums of the colour routines; columns counted from the right (1 = W-1).
-    const struct { int kind, size, value, col0; std::vector<std::pair<int, int>> columns; } cases[] = {
-        {3, 5, 100, 120, {{1, 60}, {2, 120}, {3, 120}, {4, 120}, {5, 100}}},
-        {3, 7, 98, 98, {{1, 28}, {2, 56}, {3, 126}, {6, 126}, {7, 98}}},
-        {4, 5, 88, 94, {{1, 32}, {2, 120}, {3, 114}, {4, 94}, {5, 88}}},
-        {5, 5, 100, 0, {{1, 0}, {2, 255}, {3, 200}, {4, 0}, {5, 100}}},
-        {6, 5, 10, 0, {{1, 0}, {2, 180}, {3, 30}, {4, 0}, {5, 10}}},
-    };
-    const int W = 18;
-    for (const auto& c : cases) {
-        Bytes o = Filtered(Uniform(W, 10, 24, c.value * 0x010101u), 0, c.kind, c.size);
-        ASSERT_FALSE(o.empty());
-        for (int y = 0; y < 10; ++y) {
-            EXPECT_EQ(PixelAt(o, 0, y), c.col0 * 0x010101u) << c.kind << "/" << c.size;
-            for (auto col : c.columns)
-                EXPECT_EQ(PixelAt(o, W - col.first, y), col.second * 0x010101u)
-                    << c.kind << "/" << c.size << " column W-" << col.first;
-        }
-    }
-    // Rows narrower than two kernels repeat their edge pixels plainly, so a
-    // uniform area stays as it is whatever the kind.
-    for (int width : {1, 2, 3, 5, 9})
-        for (int kind = 3; kind <= 6; ++kind)
-            for (int size : {3, 5})
-                if (width < 2 * size) {
-                    const Bytes flat = Uniform(width, 7, 24, 0x405060);
-                    EXPECT_EQ(Filtered(flat, 0, kind, size), flat) << width << " " << kind << "/" << size;
-                }
 }
 
 TEST(ColorConvolution, RefusesBadInput) {

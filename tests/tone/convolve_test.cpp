@@ -1,32 +1,14 @@
 // Square filters over 8-bit images.
 #include "core/errors.h"
-#include "tone_test_util.h"
-
-#include <gtest/gtest.h>
+#include "support/test_support.h"
 
 #include <algorithm>
-#include <vector>
 
-using namespace tone_test;
+using namespace testing_support;
 
 namespace {
 
 unsigned Noise(int x, int y) { return static_cast<unsigned>((x * 53 + y * 29 + (x * x * y) % 17) & 0xFF); }
-
-// The plain rule, rows in stored order: out(x, y) = divide(clamp(sum of
-// M(i, j) * P(x + h - i, y + h - j))), P repeating its edge pixels; powers
-// of two divide rounding down.
-unsigned Plain(const Bytes& img, int W, int H, const std::vector<int>& m, int n, int divisor, bool clamp, int x,
-               int y) {
-    long sum = 0;
-    for (int i = 0; i < n; ++i)
-        for (int j = 0; j < n; ++j)
-            sum += m[i * n + j] * static_cast<int>(PixelAt(img, std::min(std::max(x + n / 2 - i, 0), W - 1),
-                                                           std::min(std::max(y + n / 2 - j, 0), H - 1)));
-    if (clamp) sum = std::min(std::max(sum, 0L), 255L);
-    const bool shift = divisor == 2 || divisor == 4 || divisor == 8 || divisor == 16 || divisor == 32 || divisor == 64;
-    return static_cast<unsigned char>(shift && sum < 0 ? -((-sum + divisor - 1) / divisor) : sum / divisor);
-}
 
 Bytes Filtered(const Bytes& src, int kind, int size, const int* matrix = nullptr, const char* file = nullptr,
                int* error = nullptr) {
@@ -45,39 +27,6 @@ TEST(Convolve, BoxMeanOfASmallImageByHand) {
     for (int i = 0; i < 256; ++i) ASSERT_EQ(o[40 + 4 * i], i);  // grey ramp
 }
 
-std::vector<int> Asymmetric(int n) {  // both signs: clamp on, divisor 4 by shift
-    std::vector<int> m(n * n + 1, 0);
-    m[1] = 3;
-    m[n] = 2;
-    m[(n - 1) * n + (n - 2)] = -1;
-    m[n * n] = 4;
-    return m;
-}
-
-TEST(Convolve, FollowsThePlainRuleWithMatricesReadTransposed) {
-    const struct { int kind, n; std::vector<int> m; int divisor; bool clamp; std::vector<int> widths; } cases[] = {
-        {3, 3, {1, 1, 1, 1, 1, 1, 1, 1, 1}, 9, false, {1, 2, 5, 13}},
-        {4, 3, {1, 2, 1, 2, 4, 2, 1, 2, 1}, 16, false, {1, 2, 5, 13}},
-        {5, 3, {0, -1, 0, -1, 5, -1, 0, -1, 0}, 1, true, {1, 2, 5, 13}},
-        {6, 3, {-1, -1, -1, -1, 9, -1, -1, -1, -1}, 1, true, {1, 2, 5, 13}},
-        {1, 3, Asymmetric(3), 4, true, {19}},
-        {1, 5, Asymmetric(5), 4, true, {19}},
-        {1, 7, Asymmetric(7), 4, true, {19}}};
-    for (const auto& c : cases)
-        for (int W : c.widths) {
-            const int H = c.kind == 1 ? 11 : 6;
-            Bytes src = Image(W, H, 8, Noise);
-            Bytes o = Filtered(src, c.kind, c.n, c.kind == 1 ? c.m.data() : nullptr);
-            ASSERT_FALSE(o.empty());
-            for (int y = 0; y < H; ++y)
-                for (int x = 0; x < W; ++x) {
-                    if (c.n == 5 && x == W - 2) continue;  // size 5 leaves out one weight here
-                    ASSERT_EQ(PixelAt(o, x, y), Plain(src, W, H, c.m, c.n, c.divisor, c.clamp, x, y))
-                        << "kind " << c.kind << "/" << c.n << " W " << W << " at " << x << "," << y;
-                }
-        }
-}
-
 TEST(Convolve, SignsOfTheDivisor) {
     Bytes src = Image(9, 7, 8, Noise);
     // All negative with divisor 0: the divisor comes out negative and the
@@ -90,27 +39,6 @@ TEST(Convolve, SignsOfTheDivisor) {
     const int m[10] = {0, -1, 0, -1, 6, -1, 0, -2, 0, -1}, flipped[10] = {0, 1, 0, 1, -6, 1, 0, 2, 0, 1};
     EXPECT_FALSE(Filtered(src, 1, 3, m).empty());
     EXPECT_EQ(Filtered(src, 1, 3, m), Filtered(src, 1, 3, flipped));
-}
-
-TEST(Convolve, EdgeColumnsOfTheFixedRoutinesOnAUniformArea) {
-    // Interior exact; the first and last columns carry the fixed edge
-    // weights (low byte stored where they overflow).
-    const struct { int kind, size, value, col0, col2, colW3, colW1; } cases[] = {
-        {3, 5, 50, 60, 50, 50, 60}, {3, 5, 250, (250 * 30 / 25) & 0xFF, 250, 250, (250 * 30 / 25) & 0xFF},
-        {4, 5, 88, 88 * 47 / 44, 88 * 47 / 44, 88 * 47 / 44, 88 * 45 / 44}, {5, 5, 40, 0, 40, 40, 0},
-        {6, 5, 40, 0, 40, 40, 0}, {3, 7, 77, 77, 77, 77, 77}};
-    const int W = 16;
-    for (const auto& c : cases) {
-        Bytes o = Filtered(Uniform(W, 9, 8, c.value), c.kind, c.size);
-        ASSERT_FALSE(o.empty());
-        const int cols[] = {0, 2, 7, W - 3, W - 1}, want[] = {c.col0, c.col2, c.value, c.colW3, c.colW1};
-        for (int y = 0; y < 9; ++y)
-            for (int k = 0; k < 5; ++k) EXPECT_EQ(PixelAt(o, cols[k], y), unsigned(want[k])) << c.kind << "/" << c.size;
-    }
-    // Box 7: pixel 0 of each row lands in the last column with weight 4.
-    Bytes o = Filtered(Image(20, 10, 8, [](int x, int) { return x == 0 ? 49u : 0u; }), 3, 7);
-    const unsigned cols[] = {0, 3, 4, 19}, want[] = {28, 7, 0, 28};
-    for (int k = 0; k < 4; ++k) EXPECT_EQ(PixelAt(o, cols[k], 5), want[k]) << cols[k];
 }
 
 Bytes Le32(const std::vector<int>& values) {

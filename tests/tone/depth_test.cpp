@@ -1,10 +1,8 @@
 // Palette to true colour, colour to grey, and 1-bit to grey with smoothing.
 #include "core/errors.h"
-#include "tone_test_util.h"
+#include "support/test_support.h"
 
-#include <gtest/gtest.h>
-
-using namespace tone_test;
+using namespace testing_support;
 
 namespace {
 
@@ -44,22 +42,6 @@ TEST(DepthConversions, ClearTheErrorAtEntryAndRefuseWithTheirCodes) {
     }
 }
 
-TEST(Convert8to24, LooksUpEveryIndexInTheTable) {
-    Bytes src = Image(7, 3, 8, nullptr);
-    HDIB dib = BlockFrom(src);
-    Bytes o = Take(Convert8to24(dib));
-    ASSERT_EQ(o.size(), 40 + 3 * Stride(7, 24));
-    EXPECT_EQ(o[14], 24);
-    EXPECT_EQ(Get32(o, 32), 0u);
-    for (int y = 0; y < 3; ++y)
-        for (int x = 0; x < 7; ++x) {
-            unsigned i = PixelAt(src, x, y);
-            EXPECT_EQ(PixelAt(o, x, y), (255u - i) << 16 | ((5u * i + 2) & 0xFF) << 8 | ((3u * i + 1) & 0xFF));
-        }
-    GlobalUnlock(dib);
-    GlobalFree(dib);
-}
-
 TEST(ConvColorDIBtoGrayscale, WeightsOfPrimariesAtTwentyFourBits) {
     const struct { unsigned rgb, plain, weighted; } cases[] = {
         {0xFF0000, 85, 78}, {0x00FF00, 85, 147}, {0x0000FF, 85, 29}, {0xFFFFFF, 255, 255}, {0x102030, 32, 28}};
@@ -90,17 +72,6 @@ TEST(ConvColorDIBtoGrayscale, PaletteImagesKeepIndicesAndGreyTheirTable) {
     EXPECT_EQ(o[40 + 255 * 4 + 2], 0);
     EXPECT_TRUE(std::equal(src.begin() + 440, src.end(), o.begin() + 1064));
     GlobalFree(dib);
-
-    // 4 bits stays 4 bits with 16 grey entries; entry 15 is (46, 77, 240).
-    Bytes four = Image(5, 2, 4, nullptr);
-    dib = BlockFrom(four);
-    Bytes b4 = Take(ConvColorDIBtoGrayscale(dib, 0, 1));
-    ASSERT_EQ(b4.size(), four.size());
-    EXPECT_EQ(b4[14], 4);
-    EXPECT_EQ(Get32(b4, 32), 16u);
-    EXPECT_TRUE(std::equal(four.begin() + 104, four.end(), b4.begin() + 104));
-    EXPECT_EQ(b4[40 + 4 * 15], 123);
-    GlobalFree(dib);
 }
 
 // 1-bit to grey through either export.  The colour export reads a set bit as
@@ -119,34 +90,6 @@ Bytes Swapped(Bytes b) {  // entry 1 first: set bits bright for the mono export
     return b;
 }
 
-TEST(MonoToGrey, OnePixelGivesTheKernelOneOrTwoRowsLate) {
-    const int k3[3][3] = {{8, 31, 8}, {31, 99, 31}, {8, 31, 8}};
-    const int k5[5][5] = {{0, 3, 7, 3, 0}, {3, 16, 25, 16, 3}, {7, 25, 39, 25, 7}, {3, 16, 25, 16, 3}, {0, 3, 7, 3, 0}};
-    for (int mode = 0; mode <= 2; ++mode) {
-        const int n = 2 * mode + 1, h = n / 2;
-        Bytes o = Smooth(Image(16, 12, 1, [](int x, int y) { return unsigned(x == 6 && y == 7); }), mode, true);
-        for (int y = 0; y < 12; ++y)
-            for (int x = 0; x < 16; ++x) {
-                // Kernel row r lands on stored row 4 + r: centred on row 4 + h.
-                int r = y - 4, c = x - 6 + h;
-                const bool in = r >= 0 && r < n && c >= 0 && c < n;
-                const int k = !in ? 0 : n == 1 ? 255 : n == 3 ? k3[r][c] : k5[r][c];
-                ASSERT_EQ(PixelAt(o, x, y), unsigned(k)) << mode << " " << x << "," << y;
-            }
-    }
-}
-
-TEST(MonoToGrey, EdgesRepeatRowZeroAndAPeriodOfFourColumns) {
-    // A set pixel in column 3 also stands left of column 0; one in row 0
-    // stands below the image.
-    Bytes o = Smooth(Image(16, 6, 1, [](int x, int y) { return unsigned(x == 3 && y == 5); }), 1, true);
-    const unsigned row0[] = {47, 0, 47, 161, 47};  // kernel rows 1..3 all on source row 0
-    for (int x = 0; x < 5; ++x) EXPECT_EQ(PixelAt(o, x, 0), row0[x]) << x;
-    EXPECT_EQ(PixelAt(o, 3, 1), 99u + 31);  // kernel rows 2 and 3 still on row 0
-    EXPECT_EQ(PixelAt(o, 3, 2), 31u);
-    EXPECT_EQ(PixelAt(o, 3, 3), 0u);
-}
-
 TEST(MonoToGrey, ModeIsLoweredByHeight) {
     const struct { int height, asked, same; } cases[] = {{3, 2, 0}, {5, 2, 1}, {4, 2, 1}, {3, 1, 1}};
     for (const auto& c : cases) {
@@ -157,24 +100,17 @@ TEST(MonoToGrey, ModeIsLoweredByHeight) {
 
 TEST(ConvMonoDIBtoGrayscale, PolarityFollowsTheTwoColourEntriesAndPaddingBitsCount) {
     Bytes src = Image(10, 2, 1, [](int x, int y) { return unsigned(x == 1 && y == 1); });
-    Bytes o = Smooth(src, 0, false);
-    EXPECT_EQ(Get32(o, 32), 0u);
+    Bytes o = Smooth(src, 0, false), swapped = Smooth(Swapped(src), 0, false);
     EXPECT_EQ(o.size(), 1064u + 2 * 12 + (40 * 10 + 155) / 32 * 4);  // rows and a tail
-    EXPECT_EQ(PixelAt(o, 1, 0), 0u);
-    EXPECT_EQ(PixelAt(o, 0, 0), 255u);
-    EXPECT_EQ(PixelAt(o, 9, 1), 255u);
-    o = Smooth(Swapped(src), 0, false);
-    EXPECT_EQ(PixelAt(o, 1, 0), 255u);
-    EXPECT_EQ(PixelAt(o, 0, 0), 0u);
+    EXPECT_TRUE(Get32(o, 32) == 0 && PixelAt(o, 1, 0) == 0 && PixelAt(o, 0, 0) == 255 && PixelAt(o, 9, 1) == 255);
+    EXPECT_TRUE(PixelAt(swapped, 1, 0) == 255 && PixelAt(swapped, 0, 0) == 0);
     for (int width : {1, 9, 17, 33})
         for (int mode = 1; mode <= 2; ++mode) {
             Bytes o = Smooth(Swapped(Image(width, 7, 1, [](int, int) { return 1u; })), mode, false);
             ASSERT_FALSE(o.empty());
             // Widths 8k + 1: clear padding bits count as pixels, so the last
             // columns darken and the rest of a wide enough row stays full.
-            if (width > 8) {
-                EXPECT_EQ(PixelAt(o, 2, 3), 255u) << width;
-            }
+            EXPECT_TRUE(width < 9 || PixelAt(o, 2, 3) == 255) << width;
             EXPECT_LT(PixelAt(o, width - 1, 3), 255u) << width;
         }
 }
