@@ -24,6 +24,27 @@ using ::GetPaletteEntries;
 using ::GetSystemPaletteEntries;
 using ::RealizePalette;
 using ::SetDIBits;
+// metafiles, text drawn into bitmaps, and the clipboard
+using ::CloseClipboard;
+using ::CloseMetaFile;
+using ::CreateMetaFileA;
+using ::DeleteMetaFile;
+using ::DrawTextA;
+using ::GetClipboardData;
+using ::GetStockObject;
+using ::GetTextMetricsA;
+using ::IsWindow;
+using ::OemToCharA;
+using ::OpenClipboard;
+using ::PatBlt;
+using ::PlayMetaFile;
+using ::SelectObject;
+using ::SelectPalette;
+using ::SetMapMode;
+using ::SetMetaFileBitsEx;
+using ::SetViewportExtEx;
+using ::SetWindowExtEx;
+using ::StretchDIBits;
 
 // GetObjectA of a bitmap into the record of this build's size (24 bytes in
 // a 32-bit process, 32 in a 64-bit one).  False for anything not a bitmap.
@@ -126,6 +147,22 @@ public:
 
 private:
     Handle handle_;
+};
+
+// A metafile handle, deleted with DeleteMetaFile at the end of the scope.
+class OwnedMetaFile {
+public:
+    explicit OwnedMetaFile(HMETAFILE metafile = nullptr) : metafile_(metafile) {}
+    ~OwnedMetaFile() {
+        if (metafile_) ::DeleteMetaFile(metafile_);
+    }
+    OwnedMetaFile(const OwnedMetaFile&) = delete;
+    OwnedMetaFile& operator=(const OwnedMetaFile&) = delete;
+    HMETAFILE get() const { return metafile_; }
+    explicit operator bool() const { return metafile_ != nullptr; }
+
+private:
+    HMETAFILE metafile_;
 };
 
 }  // namespace gdi
