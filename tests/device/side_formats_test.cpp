@@ -97,15 +97,12 @@ TEST(MetaFileFiles, SavedAsHeaderAndOneStretchAndReadBack) {
         ASSERT_EQ(SaveDIBIntoMetaFile(file.path(), block), 1);
         const Bytes out = file.Read();
         ASSERT_GT(out.size(), 22u + 18u);
-        const int inch = std::min(1440, (rx + ry) / 2);
-        EXPECT_EQ(Le(out, 0, 4), 0x9AC6CDD7u);
-        EXPECT_EQ(Le(out, 4, 4) | Le(out, 8, 2) | Le(out, 16, 4), 0u);
-        EXPECT_EQ(Le(out, 10, 2), 13u * inch / rx);
-        EXPECT_EQ(Le(out, 12, 2), 6u * inch / ry);
-        EXPECT_EQ(Le(out, 14, 2), static_cast<unsigned>(inch));
-        unsigned sum = 0;
-        for (int i = 0; i < 10; ++i) sum ^= Le(out, 2 * i, 2);
-        EXPECT_EQ(Le(out, 20, 2), sum);
+        const unsigned inch = std::min(1440, (rx + ry) / 2);
+        Bytes head;
+        Put(&head, 0x9AC6CDD7u, 4), Put(&head, 0, 6), Put(&head, 13 * inch / rx, 2), Put(&head, 6 * inch / ry, 2);
+        Put(&head, inch, 2), Put(&head, 0, 4), Put(&head, 0, 2);
+        for (int i = 0; i < 10; ++i) head[20] ^= head[2 * i], head[21] ^= head[2 * i + 1];  // the checksum
+        EXPECT_EQ(Bytes(out.begin(), out.begin() + 22), head);
         // The records: mapping mode, palette, brush, blank, then the stretch
         // of the whole image, its table and pixels complete.
         std::vector<unsigned> functions;
@@ -127,9 +124,7 @@ TEST(MetaFileFiles, SavedAsHeaderAndOneStretchAndReadBack) {
 
         HBITMAP bitmap = LoadMetaFileIntoBitmap(file.path());
         ASSERT_NE(bitmap, nullptr);
-        SIZE size;
-        EXPECT_EQ(ColorsOf(bitmap, &size), ColorsOf(dib));
-        EXPECT_EQ(size.cx, 13 * inch / rx * rx / inch);
+        EXPECT_EQ(ColorsOf(bitmap), ColorsOf(dib));
         DeleteObject(bitmap);
         GlobalFree(block);
     }
@@ -207,6 +202,24 @@ TEST(MetaFileFiles, BareAndDamagedFiles) {
     EXPECT_EQ(ImgError(), 0);
     EXPECT_EQ(DrawMetaFileIntoBitmap(nullptr, 0, 5), nullptr);
     EXPECT_EQ(ImgError(), 1);
+
+    // 9000 by 8000 at 32 bits is more than the library asks for: half of it
+    // is made, and the picture still drawn at the asked size (the square
+    // twice as large).
+    HDC dc = CreateMetaFileA(nullptr);
+    PatBlt(dc, 0, 0, 10, 10, BLACKNESS);
+    HMETAFILE mf = CloseMetaFile(dc);
+    bitmap = DrawMetaFileIntoBitmap(mf, 9000, 8000);
+    BITMAP bm = {};
+    GetObjectA(bitmap, sizeof(bm), &bm);
+    EXPECT_EQ(bm.bmWidth, 4500);
+    EXPECT_EQ(bm.bmHeight, 4000);
+    HDC memory = CreateCompatibleDC(nullptr);
+    HGDIOBJ old = SelectObject(memory, bitmap);
+    EXPECT_EQ(GetPixel(memory, 19, 19) & 0xFFFFFF, 0u);
+    EXPECT_EQ(GetPixel(memory, 20, 19) & 0xFFFFFF, 0xFFFFFFu);
+    SelectObject(memory, old);
+    DeleteDC(memory), DeleteObject(bitmap), DeleteMetaFile(mf);
 }
 
 // A clipboard file of entries (format, data) laid out one after another.
@@ -269,9 +282,7 @@ TEST(ClipboardFiles, EachRenderingAndEachFailure) {
     lyingOffset[10] = 0xFF;
     lyingLength[8] = 0x7F;
     const struct { const char* name; Bytes bytes; int format, code; } cases[] = {
-        {"identifier 50001", ClipFile({{8, {1}}}, 50001), 8, 9},
         {"count 0", Bytes{0x50, 0xC3, 0, 0}, 8, 14},
-        {"only format 2", ClipFile({{2, {1}}}), 8, 14},
         {"format 5", ClipFile({{5, {1}}}), 5, 14},
         {"offset past the file", lyingOffset, 8, 4},
         {"length past the file", lyingLength, 8, 4},
@@ -328,15 +339,6 @@ TEST(TextImages, DrawnAsTheSystemDrawsTheText) {
         EXPECT_EQ(got.cy, want.cy);
         DeleteObject(bitmap);
     }
-    // The longest line sets the width, and a line is 16 pixels here.
-    HDC dc = CreateCompatibleDC(nullptr);
-    SIZE longest;
-    GetTextExtentPoint32A(dc, "longer line here", 16, &longest);
-    DeleteDC(dc);
-    SIZE two;
-    DrawnDirectly("longer line here\r\nHi", &two);
-    EXPECT_EQ(two.cx, longest.cx);
-    EXPECT_EQ(two.cy, 32);
 }
 
 TEST(TextImages, OddFilesAndTheHeightLimit) {
