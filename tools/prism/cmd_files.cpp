@@ -2,6 +2,7 @@
 #include "commands.h"
 
 #include <cstdio>
+#include <string>
 #include <filesystem>
 #include <system_error>
 
@@ -17,7 +18,8 @@ bool IsFile(const std::string& path) {
 HDIB LoadTextImage(const std::string& path) {
     HBITMAP bitmap = LoadASCIIFile(path.c_str(), 1);
     if (!bitmap) {
-        cli::Fail(path + ": the text cannot be drawn (" + cli::LibraryError() + ")");
+        // Once the file is read the code is 0, whatever the drawing did.
+        cli::Fail(path + ": the text cannot be " + (ImgError() ? "read (" + cli::LibraryError() + ")" : "drawn"));
         return nullptr;
     }
     HDIB dib = ConvertBitmapToDIB(bitmap, nullptr);
@@ -37,7 +39,8 @@ HDIB LoadAnyImage(const std::string& path) {
 #endif
     int status = 0;
     HDIB dib = LoadImageIntoDIB(path.c_str(), 1, &status);
-    if (!dib) cli::Fail(path + ": " + cli::LibraryError());
+    // Some readers fail without a code (a metafile that cannot be opened).
+    if (!dib) cli::Fail(path + ": " + (ImgError() ? cli::LibraryError() : std::string("cannot be loaded")));
     return dib;
 }
 
