@@ -239,16 +239,4 @@ TEST(TextLines, MeasureWalksLinesTabsAndLimits) {
     }
 }
 
-TEST(TextFile, ReadsWithTenBytesOfSlackOrNamesTheFailure) {
-    ScratchFile file("txt");
-    file.Write(Bytes{'h', 'i'});
-    HGLOBAL block = prism::ReadTextFile(file.path());
-    Bytes expected(12, 0);
-    expected[0] = 'h', expected[1] = 'i';
-    EXPECT_EQ(BlockBytes(block), expected);
-    GlobalFree(block);
-    EXPECT_EQ(prism::ReadTextFile("no-such.txt"), nullptr);
-    EXPECT_EQ(LastImgError, 3);
-}
-
 }  // namespace
