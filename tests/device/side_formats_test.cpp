@@ -7,7 +7,6 @@
 
 #include <cstdint>
 #include <string>
-#include <utility>
 #include <vector>
 
 using namespace testing_support;
@@ -58,7 +57,9 @@ Colors ColorsOf(HBITMAP bitmap, SIZE* size = nullptr) {
 
 int ScreenCaps(int index) {
     HDC screen = GetDC(nullptr);
-    return std::make_pair(GetDeviceCaps(screen, index), ReleaseDC(nullptr, screen)).first;
+    const int value = GetDeviceCaps(screen, index);
+    ReleaseDC(nullptr, screen);
+    return value;
 }
 
 // A metafile body that blackens the square (0, 0)-(10, 10).

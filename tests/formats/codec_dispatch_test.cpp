@@ -196,8 +196,12 @@ TEST(SaveDispatch, EachFormatCallsItsEntryAndPassesTheResultOn) {
         {5, 0, -4, "ELDER.DLL|SaveDIBInElderFormat|saved.out|dib|1|1", 16},
         {12, 3, 9, "ALDER.DLL|SAVEDIBINMAPLEFORMAT|saved.out|dib|0|0|0", 17},
         {13, 3, 9, "HAZEL.DLL|SaveDIBInHazelFile|saved.out|dib|75", 18},  // fixed quality
-        {-1, 1, 1, "", 0}, {0, 1, 1, "", 0},  {7, 1, 1, "", 0},  {8, 1, 1, "", 0},    {9, 1, 1, "", 0},
+        {-1, 1, 1, "", 0}, {0, 1, 1, "", 0},  {9, 1, 1, "", 0},
         {10, 1, 1, "", 0}, {11, 1, 1, "", 0}, {14, 1, 1, "", 0}, {1000, 1, 1, "", 0},
+#ifndef _WIN32
+        // Without device bitmaps there is no metafile or clipboard writer.
+        {7, 1, 1, "", 0},  {8, 1, 1, "", 0},
+#endif
     };
     HDIB dib = BlockFrom(PackedDib({4, 4, 1}));
     const SIZE_T size = GlobalSize(dib);
