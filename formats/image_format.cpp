@@ -3,6 +3,7 @@
 #include "formats/formats.h"
 
 #include "core/errors.h"
+#include "formats/device_formats.h"
 #include "platform/export.h"
 
 #include <cstring>
@@ -131,9 +132,16 @@ PRISM_API HDIB WINAPI LoadImageIntoDIB(LPCSTR fileName, UINT page, int* status) 
             return LoadDIBFromFile(fileName);
         case PRISM_FORMAT_COLORFAX:
             return LoadColorFaxPage(fileName, static_cast<int>(page), status);
+#ifdef _WIN32
+        // Page and status play no part in these two.
+        case PRISM_FORMAT_METAFILE:
+            return LoadMetaFileRow(fileName);
+        case PRISM_FORMAT_CLIPBOARD:
+            return LoadClipboardFileRow(fileName);
+#endif
         default:
-            // None, text, and the metafile and clipboard rows, which need a
-            // graphics system this build does not have yet.
+            // None, text, and (without a graphics system) the metafile and
+            // clipboard rows.
             LastImgError = kErrFileFormat;
             // A null status pointer is passed over rather than written.
             if (status) *status = kErrFileFormat;

@@ -1,5 +1,6 @@
 // Writing a DIB in a format named by its code: the library's own BMP writer
 // or a save-side codec module.
+#include "formats/device_formats.h"
 #include "formats/formats.h"
 
 #include "platform/export.h"
@@ -35,10 +36,16 @@ PRISM_API int WINAPI SaveDIBInImageFormat(LPCSTR fileName, HDIB dib, int format,
         case PRISM_FORMAT_JPEG:
             // The quality is fixed.
             return SaveHazelThunk(fileName, dib, 75);
+#ifdef _WIN32
+        case PRISM_FORMAT_METAFILE:
+            return SaveMetaFileRow(fileName, dib);
+        case PRISM_FORMAT_CLIPBOARD:
+            return SaveClipboardFileRow(fileName, dib);
+#endif
         default:
-            // Metafile and clipboard files (7, 8) go through device bitmaps,
-            // which this build has not got; colour fax, text and 11 cannot be
-            // written at all.
+            // Colour fax, text and 11 cannot be written at all; metafiles
+            // and clipboard files (7, 8) go through device bitmaps, which a
+            // build without a graphics system has not got.
             return 0;
     }
 }

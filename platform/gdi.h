@@ -117,6 +117,20 @@ using ::WriteProfileStringA;
 // MessageBoxA owned by a window, with no caption text (the system's default
 // caption stands); a test's observer takes it first, as with plat::ShowMessage.
 int OwnedMessage(HWND owner, const char* text, unsigned style);
+// metafiles, text drawn into bitmaps, and the clipboard
+using ::CloseClipboard;
+using ::CloseMetaFile;
+using ::CreateMetaFileA;
+using ::DeleteMetaFile;
+using ::DrawTextA;
+using ::GetClipboardData;
+using ::GetTextMetricsA;
+using ::OemToCharA;
+using ::OpenClipboard;
+using ::PlayMetaFile;
+using ::SelectObject;
+using ::SelectPalette;
+using ::SetMetaFileBitsEx;
 
 // GetObjectA of a bitmap into the record of this build's size (24 bytes in
 // a 32-bit process, 32 in a 64-bit one).  False for anything not a bitmap.
@@ -290,6 +304,22 @@ public:
 
 private:
     HDC dc_;
+};
+
+// A metafile handle, deleted with DeleteMetaFile at the end of the scope.
+class OwnedMetaFile {
+public:
+    explicit OwnedMetaFile(HMETAFILE metafile = nullptr) : metafile_(metafile) {}
+    ~OwnedMetaFile() {
+        if (metafile_) ::DeleteMetaFile(metafile_);
+    }
+    OwnedMetaFile(const OwnedMetaFile&) = delete;
+    OwnedMetaFile& operator=(const OwnedMetaFile&) = delete;
+    HMETAFILE get() const { return metafile_; }
+    explicit operator bool() const { return metafile_ != nullptr; }
+
+private:
+    HMETAFILE metafile_;
 };
 
 }  // namespace gdi

@@ -56,6 +56,19 @@ def describe(path):
 def figure(folder, path, caption):
     if not path:
         return '<div class="pic none">no image</div>'
+    ext = os.path.splitext(path)[1].lower()
+    if ext == ".txt":
+        # A text source is shown as text.
+        try:
+            with open(path, encoding="latin-1") as f:
+                text = f.read(2000)
+        except OSError:
+            text = ""
+        return f'<figure><pre>{html.escape(text)}</pre><figcaption>{caption}</figcaption></figure>'
+    if ext in (".wmf", ".clp"):
+        # Metafiles and clipboard files have no picture a browser shows.
+        rel = html.escape(os.path.relpath(path, folder))
+        return f'<figure><a href="{rel}">{rel}</a><figcaption>{caption}</figcaption></figure>'
     src = html.escape(shown(folder, path))
     bmp = html.escape(os.path.relpath(path, folder))
     return (f'<figure><a href="{bmp}"><img src="{src}" alt="{html.escape(caption)}" loading="lazy"></a>'

@@ -2,6 +2,7 @@
 #include "commands.h"
 
 #include <cstdio>
+#include <string>
 #include <filesystem>
 #include <system_error>
 
@@ -12,13 +13,34 @@ bool IsFile(const std::string& path) {
     return std::filesystem::is_regular_file(path, error);
 }
 
-// Loads page 1 of an image file of any format the library reads; prints
-// the library's error on failure.
+#ifdef PRISM32_HAS_GRAPHICS
+// A text file drawn as a picture (ANSI text), as a DIB.
+HDIB LoadTextImage(const std::string& path) {
+    HBITMAP bitmap = LoadASCIIFile(path.c_str(), 1);
+    if (!bitmap) {
+        // Once the file is read the code is 0, whatever the drawing did.
+        cli::Fail(path + ": the text cannot be " + (ImgError() ? "read (" + cli::LibraryError() + ")" : "drawn"));
+        return nullptr;
+    }
+    HDIB dib = ConvertBitmapToDIB(bitmap, nullptr);
+    DeleteObject(bitmap);
+    if (!dib) cli::Fail(path + ": the drawn text cannot be converted");
+    return dib;
+}
+#endif
+
+// Loads page 1 of an image file of any format the library reads (and,
+// with a graphics system, text drawn as a picture); prints the library's
+// error on failure.
 HDIB LoadAnyImage(const std::string& path) {
     SetImgError(0);
+#ifdef PRISM32_HAS_GRAPHICS
+    if (GetImageFormat(path.c_str()) == PRISM_FORMAT_TEXT) return LoadTextImage(path);
+#endif
     int status = 0;
     HDIB dib = LoadImageIntoDIB(path.c_str(), 1, &status);
-    if (!dib) cli::Fail(path + ": " + cli::LibraryError());
+    // Some readers fail without a code (a metafile that cannot be opened).
+    if (!dib) cli::Fail(path + ": " + (ImgError() ? cli::LibraryError() : std::string("cannot be loaded")));
     return dib;
 }
 

@@ -25,9 +25,14 @@ const char* FormatName(int format) {
     }
 }
 
-// Formats LoadImageIntoDIB can read (metafile and clipboard files need a
-// graphics system).
+// Formats prism can turn into an image: those LoadImageIntoDIB reads, and
+// with a graphics system also metafiles, clipboard files and text (drawn
+// by LoadASCIIFile).
 bool Loadable(int format) {
+#ifdef PRISM32_HAS_GRAPHICS
+    if (format == PRISM_FORMAT_METAFILE || format == PRISM_FORMAT_CLIPBOARD || format == PRISM_FORMAT_TEXT)
+        return true;
+#endif
     return (format >= PRISM_FORMAT_TIFF && format <= PRISM_FORMAT_BMP) || format == PRISM_FORMAT_COLORFAX ||
            format == PRISM_FORMAT_CALS;
 }
