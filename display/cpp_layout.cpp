@@ -10,7 +10,7 @@ namespace prism {
 namespace {
 
 // Rounding as everywhere in this family: add 0.5, truncate.
-int Round(float v) { return FloatToInt(static_cast<double>(v + 0.5f)); }
+int Round(float v) { return TruncateToInt(static_cast<double>(v + 0.5f)); }
 
 }  // namespace
 

@@ -16,8 +16,8 @@ namespace {
 // Flags of this family: the fit mode only as the exact value 8.
 constexpr WORD kFitOnly = DF_FIT;
 
-int Trunc(float v) { return FloatToInt(static_cast<double>(v)); }
-int Round(float v) { return FloatToInt(static_cast<double>(v + 0.5f)); }
+int Trunc(float v) { return TruncateToInt(static_cast<double>(v)); }
+int Round(float v) { return TruncateToInt(static_cast<double>(v + 0.5f)); }
 int Width(const RECT& r) { return r.right - r.left; }
 int Height(const RECT& r) { return r.bottom - r.top; }
 

@@ -18,11 +18,6 @@ Extents ReduceExtents(Extents e) {
     return e;
 }
 
-int FloatToInt(double value) {
-    if (std::isnan(value) || value >= 2147483648.0 || value <= -2147483649.0) return 0;
-    return static_cast<int>(value);
-}
-
 FitSize FitViewport(int width, int height, int imageDpiX, int imageDpiY, int deviceDpiX, int deviceDpiY,
                     int clientWidth, int clientHeight) {
     // The resolution ratio is a 32-bit float, as are the scales.
@@ -30,13 +25,13 @@ FitSize FitViewport(int width, int height, int imageDpiX, int imageDpiY, int dev
                     static_cast<float>(deviceDpiY);
     int w = width, h = height;
     if (r > 1.0f)
-        w = FloatToInt(static_cast<float>(w) / r);
+        w = TruncateToInt(static_cast<float>(w) / r);
     else
-        h = FloatToInt(static_cast<float>(h) * r);
+        h = TruncateToInt(static_cast<float>(h) * r);
     const float byHeight = static_cast<float>(clientHeight) / static_cast<float>(h);
     const float byWidth = static_cast<float>(clientWidth) / static_cast<float>(w);
     const float s = byHeight < byWidth ? byHeight : byWidth;
-    return FitSize{FloatToInt(s * static_cast<float>(w)), FloatToInt(s * static_cast<float>(h))};
+    return FitSize{TruncateToInt(s * static_cast<float>(w)), TruncateToInt(s * static_cast<float>(h))};
 }
 
 int ScrollRequest(int code, int old, int step, int page, int thumb, int minimum, int maximum,

@@ -2,6 +2,8 @@
 // numbers in and out, so it is the same in every build.
 #pragma once
 
+#include "core/numeric.h"
+
 #include <cstdint>
 
 namespace prism {
@@ -18,8 +20,8 @@ Extents ReduceExtents(Extents e);
 
 // The viewport size of an image of width by height shown whole in a
 // client area, keeping its proportions once unlike X and Y resolutions are
-// corrected (one side always shrinks).  Sizes that would divide by zero or
-// leave the int range give 0.
+// corrected (one side always shrinks).  Sizes that would divide by zero
+// stay defined (see TruncateToInt).
 struct FitSize {
     int width, height;
 };
@@ -39,8 +41,5 @@ int ScrollRequest(int code, int old, int step, int page, int thumb, int minimum,
 // whole number of steps away from `old`, truncating toward old.
 int LimitAndSnap(int position, int old, int step, int minimum, int maximum);
 
-// A float to int as a cast would give it, with NaN and values out of the
-// int range (the results of a zero size or resolution) giving 0.
-int FloatToInt(double value);
 
 }  // namespace prism

@@ -26,13 +26,6 @@ constexpr double kPerMillimetre = 0.04081632653061224;
 
 }  // namespace
 
-int TruncateToInt(double value) {
-    if (std::isnan(value)) return 0;
-    if (value >= static_cast<double>(INT_MAX)) return INT_MAX;
-    if (value <= static_cast<double>(INT_MIN)) return INT_MIN;
-    return static_cast<int>(value);
-}
-
 std::uint16_t PlaceableChecksum(const unsigned char* header) {
     std::uint16_t sum = 0;
     for (int i = 0; i < 10; ++i) sum = static_cast<std::uint16_t>(sum ^ Le16(header + 2 * i));

@@ -3,6 +3,8 @@
 // Portable: nothing here needs a graphics system.
 #pragma once
 
+#include "core/numeric.h"
+
 #include "platform/platform.h"
 
 #include <cstdint>
@@ -13,9 +15,6 @@ constexpr std::uint32_t kPlaceableKey = 0x9AC6CDD7u;
 constexpr long kPlaceableBytes = 22;
 constexpr long kMetaHeaderBytes = 18;
 
-// Truncates toward zero into an int; NaN gives 0 and values beyond the
-// range stop at its ends, so no size arithmetic is undefined.
-int TruncateToInt(double value);
 
 // The placeable header a writer puts in front of a recording of a picture
 // of width by height pixels made on a device of resX by resY dots per

@@ -92,12 +92,6 @@ bool IntersectPrintRect(InchRect* out, const InchRect& a, const InchRect& b) {
     return true;
 }
 
-int TruncateToInt(float value) {
-    if (!(value > -2147483648.0f)) return value != value ? 0 : INT32_MIN;
-    if (value >= 2147483648.0f) return INT32_MAX;
-    return static_cast<int>(value);
-}
-
 PixelRect SourcePixels(const InchRect& rect, const PageLayout& l) {
     return {TruncateToInt((rect.left - l.leftOffset) * l.pixelsPerInchX + 0.5f),
             TruncateToInt((rect.top - l.topOffset) * l.pixelsPerInchY + 0.5f),

@@ -3,6 +3,8 @@
 // per copy or band, and the text splits of the printer profile strings.
 #pragma once
 
+#include "core/numeric.h"
+
 #include <cstdint>
 
 namespace prism {
@@ -46,9 +48,6 @@ PixelRect SourcePixels(const InchRect& rect, const PageLayout& layout);
 // Device dots of a rectangle in inches at the device's resolution.
 PixelRect DeviceDots(const InchRect& rect, float dotsPerInchX, float dotsPerInchY);
 
-// Float to int by truncation, saturating at the 32-bit range (sizes far
-// beyond the page stay defined).
-int TruncateToInt(float value);
 
 // The text behind the last backslash of a path, or all of it.
 const char* FileNamePart(const char* path);

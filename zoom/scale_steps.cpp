@@ -162,13 +162,6 @@ bool BandIsLargeEnough(POINT p, const RECT& band) {
 
 double RatioOf(double a, double b) { return b == 0 ? std::numeric_limits<double>::infinity() : a / b; }
 
-int TruncateToInt(double v) {
-    if (std::isnan(v)) return 0;
-    if (v >= 2147483647.0) return std::numeric_limits<int>::max();
-    if (v <= -2147483648.0) return std::numeric_limits<int>::min();
-    return static_cast<int>(v);
-}
-
 }  // namespace prism
 
 // BZoomSetScaleSteps(base, in, out): new tables of scales.  The base lies in

@@ -3,6 +3,8 @@
 // Plain integer and float work, compiled in every build.
 #pragma once
 
+#include "core/numeric.h"
+
 #include "prism32.h"
 
 namespace prism {
@@ -44,7 +46,5 @@ bool BandIsLargeEnough(POINT p, const RECT& band);
 // a / b, or +infinity where b is 0: a zero-sized band asks for the largest
 // scale, which the callers limit.
 double RatioOf(double a, double b);
-// Truncates toward zero into the 32-bit range; NaN gives 0.
-int TruncateToInt(double v);
 
 }  // namespace prism
