@@ -1,6 +1,7 @@
 /* libtiff's client procedures over a block of memory, and quiet opening. */
 #include "tiff_access.h"
 
+#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 
@@ -44,8 +45,9 @@ static toff_t MemSize(thandle_t h) { return ((TiffMemory*)h)->size; }
 static int NoMap(thandle_t h, void** base, toff_t* size) { (void)h, (void)base, (void)size; return 0; }
 static void NoUnmap(thandle_t h, void* base, toff_t size) { (void)h, (void)base, (void)size; }
 
-/* Errors, and the warning a short strip gives, mark the file as damaged:
- * its rows would otherwise come back filled with white. */
+/* Errors, and the warnings of a short strip or of a tag that could not be
+ * read, mark the file as damaged: libtiff would otherwise go on with rows
+ * filled with white or a table left out. */
 static int OnError(TIFF* tif, void* user, const char* module, const char* fmt, va_list ap) {
     (void)tif, (void)module, (void)fmt, (void)ap;
     if (user) ((TiffMemory*)user)->damaged = 1;
@@ -53,8 +55,10 @@ static int OnError(TIFF* tif, void* user, const char* module, const char* fmt, v
 }
 
 static int OnWarning(TIFF* tif, void* user, const char* module, const char* fmt, va_list ap) {
-    (void)tif, (void)module, (void)ap;
-    if (user && fmt && strstr(fmt, "Premature EOF")) ((TiffMemory*)user)->damaged = 1;
+    (void)tif, (void)module;
+    char text[256];
+    vsnprintf(text, sizeof text, fmt ? fmt : "", ap);
+    if (user && (strstr(text, "Premature EOF") || strstr(text, "error"))) ((TiffMemory*)user)->damaged = 1;
     return 1;
 }
 

@@ -128,12 +128,12 @@ static void SetResolution(TIFF* tif, DibImage* img) {
 
 HDIB TiffDecodePage(TIFF* tif, TiffMemory* memory, unsigned index, int* noPage) {
     *noPage = 0;
+    /* what was said while opening is said again for the page's directory */
+    memory->damaged = 0;
     if (!TIFFSetDirectory(tif, (tdir_t)index)) {
         *noPage = 1;
         return 0;
     }
-    /* what other directories said is not this page's damage */
-    memory->damaged = 0;
     PageShape s;
     uint16_t extra = 0, *extraKinds = NULL;
     if (!TIFFGetField(tif, TIFFTAG_IMAGEWIDTH, &s.width) || !TIFFGetField(tif, TIFFTAG_IMAGELENGTH, &s.height))

@@ -1,0 +1,18 @@
+# The real codec modules, reached through the library's exports as a host
+# reaches them: a program of its own (the unit suite's working directory
+# holds stand-ins under the same names), run where no stand-in is, and
+# finding the modules beside the library through its run path. The source
+# names do not end in _test.cpp, so the unit suite does not take them in.
+if(TARGET module_birch32 AND TARGET module_alder32 AND TARGET module_cedar32 AND NOT CMAKE_CROSSCOMPILING)
+  add_executable(module_tests ${CMAKE_CURRENT_LIST_DIR}/round_trips.cpp ${CMAKE_CURRENT_LIST_DIR}/damaged_files.cpp
+                 ${CMAKE_CURRENT_SOURCE_DIR}/support/test_support.cpp ${CMAKE_CURRENT_SOURCE_DIR}/support/main.cpp)
+  target_include_directories(module_tests PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
+  target_link_libraries(module_tests PRIVATE prism32_static ${PRISM_GTEST})
+  # the modules take GlobalAlloc and its kin from the program, as from
+  # libprism32.so in a host that links the shared library
+  set_target_properties(module_tests PROPERTIES ENABLE_EXPORTS ON BUILD_RPATH ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
+  add_dependencies(module_tests prism_modules)
+  set(PRISM_MODULE_WORKDIR ${CMAKE_BINARY_DIR}/module-work)
+  file(MAKE_DIRECTORY ${PRISM_MODULE_WORKDIR})
+  add_test(NAME codec_modules COMMAND module_tests --gtest_brief=1 WORKING_DIRECTORY ${PRISM_MODULE_WORKDIR})
+endif()
