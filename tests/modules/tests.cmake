@@ -16,3 +16,19 @@ if(TARGET module_birch32 AND TARGET module_alder32 AND TARGET module_cedar32 AND
   file(MAKE_DIRECTORY ${PRISM_MODULE_WORKDIR})
   add_test(NAME codec_modules COMMAND module_tests --gtest_brief=1 WORKING_DIRECTORY ${PRISM_MODULE_WORKDIR})
 endif()
+
+# Independent readers and writers (Pillow, tiffcp, tiffinfo, giftext)
+# against the modules, where they are installed.
+find_program(PRISM_SYSTEM_PYTHON python3 PATHS /usr/bin NO_DEFAULT_PATH)
+find_program(PRISM_TIFFCP tiffcp)
+find_program(PRISM_GIFTEXT giftext)
+if(TARGET module_tests AND PRISM_SYSTEM_PYTHON AND PRISM_TIFFCP AND PRISM_GIFTEXT)
+  execute_process(COMMAND ${PRISM_SYSTEM_PYTHON} -c "import PIL" RESULT_VARIABLE no_pillow OUTPUT_QUIET ERROR_QUIET)
+  if(NOT no_pillow)
+    set(PRISM_ORACLE_WORKDIR ${CMAKE_BINARY_DIR}/module-oracle)
+    file(MAKE_DIRECTORY ${PRISM_ORACLE_WORKDIR})
+    add_test(NAME codec_modules_independent
+             COMMAND ${PRISM_SYSTEM_PYTHON} ${CMAKE_CURRENT_LIST_DIR}/independent_readers.py $<TARGET_FILE:prism32>
+             WORKING_DIRECTORY ${PRISM_ORACLE_WORKDIR})
+  endif()
+endif()
