@@ -22,7 +22,9 @@ endif()
 find_program(PRISM_SYSTEM_PYTHON python3 PATHS /usr/bin NO_DEFAULT_PATH)
 find_program(PRISM_TIFFCP tiffcp)
 find_program(PRISM_GIFTEXT giftext)
-if(TARGET module_tests AND PRISM_SYSTEM_PYTHON AND PRISM_TIFFCP AND PRISM_GIFTEXT)
+# (Not in sanitizer builds: an instrumented library cannot be loaded into
+# an uninstrumented host.)
+if(TARGET module_tests AND PRISM_SYSTEM_PYTHON AND PRISM_TIFFCP AND PRISM_GIFTEXT AND NOT PRISM_SANITIZE)
   execute_process(COMMAND ${PRISM_SYSTEM_PYTHON} -c "import PIL" RESULT_VARIABLE no_pillow OUTPUT_QUIET ERROR_QUIET)
   if(NOT no_pillow)
     set(PRISM_ORACLE_WORKDIR ${CMAKE_BINARY_DIR}/module-oracle)
@@ -31,4 +33,13 @@ if(TARGET module_tests AND PRISM_SYSTEM_PYTHON AND PRISM_TIFFCP AND PRISM_GIFTEX
              COMMAND ${PRISM_SYSTEM_PYTHON} ${CMAKE_CURRENT_LIST_DIR}/independent_readers.py $<TARGET_FILE:prism32>
              WORKING_DIRECTORY ${PRISM_ORACLE_WORKDIR})
   endif()
+endif()
+
+# An installed tree, as a host builds against it.
+find_program(PRISM_PKG_CONFIG pkg-config)
+if(TARGET module_tests AND PRISM_PKG_CONFIG AND NOT PRISM_SANITIZE)
+  add_test(NAME installed_host
+           COMMAND ${CMAKE_COMMAND} -DBUILD=${CMAKE_BINARY_DIR} -DWORK=${CMAKE_BINARY_DIR}/installed-host
+                   -DLIBDIR=${CMAKE_INSTALL_LIBDIR} -DCC=${CMAKE_C_COMPILER} -DSAMPLE=${PROJECT_SOURCE_DIR}/samples/fax.tif
+                   -P ${CMAKE_CURRENT_LIST_DIR}/installed_host.cmake)
 endif()
