@@ -20,6 +20,7 @@ static const BYTE kEgaColors[16][3] = {
 
 /* The DIB depth a page becomes, 0 for a layout the reader does not take. */
 static int TargetDepth(const PcxShape* s) {
+    if (s->planes < 1) return 0;
     if (s->bits == 1 && s->planes == 1) return 1;
     if (s->bits == 1 && s->planes <= 4) return 4;
     if (s->bits == 4 && s->planes == 1) return 4;
