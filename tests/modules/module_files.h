@@ -50,6 +50,21 @@ inline long ColorDifferences(HDIB a, HDIB b) {
     return differ;
 }
 
+// Whether the module of a format is built (TIFF, CALS, GIF and JPEG need
+// libraries a build may lack).
+inline bool ModuleBuilt(int format) {
+#ifndef PRISM_HAVE_ALDER
+    if (format == PRISM_FORMAT_TIFF || format == PRISM_FORMAT_CALS) return false;
+#endif
+#ifndef PRISM_HAVE_CEDAR
+    if (format == PRISM_FORMAT_GIF) return false;
+#endif
+#ifndef PRISM_HAVE_HAZEL
+    if (format == PRISM_FORMAT_JPEG) return false;
+#endif
+    return format != PRISM_FORMAT_NONE;
+}
+
 // A named file in the working directory, removed when the scope ends.
 struct TempFile {
     explicit TempFile(std::string n) : name(std::move(n)) { std::remove(name.c_str()); }
