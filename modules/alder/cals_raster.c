@@ -87,10 +87,30 @@ static BYTE* CodeG4(const DibImage* img, size_t* size) {
     return coded;
 }
 
+/* A deeper image as black where its grey is below the middle, white
+ * elsewhere: a CALS raster holds one bit a pixel. */
+static int Threshold(const DibImage* img, DibImage* bilevel) {
+    if (!DibCreate(bilevel, img->width, img->height, 1, 2)) return 0;
+    bilevel->colors[0].rgbRed = bilevel->colors[0].rgbGreen = bilevel->colors[0].rgbBlue = 255;
+    bilevel->header->biXPelsPerMeter = img->header->biXPelsPerMeter;
+    for (int y = 0; y < img->height; ++y) {
+        const BYTE* row = DibRow(img, y);
+        BYTE* out = DibRow(bilevel, y);
+        for (int x = 0; x < img->width; ++x) {
+            BYTE bgr[3];
+            DibColorAt(img, row, x, bgr);
+            if (30 * bgr[2] + 59 * bgr[1] + 11 * bgr[0] < 128 * 100) out[x >> 3] |= (BYTE)(0x80 >> (x & 7));
+        }
+    }
+    return 1;
+}
+
 BYTE* CalsEncode(const DibImage* img, size_t* size) {
-    if (img->depth != 1) return NULL;
+    DibImage bilevel;
+    if (img->depth != 1 && !Threshold(img, &bilevel)) return NULL;
     size_t codedSize = 0;
-    BYTE* coded = CodeG4(img, &codedSize);
+    BYTE* coded = CodeG4(img->depth == 1 ? img : &bilevel, &codedSize);
+    if (img->depth != 1) DibDiscard(&bilevel);
     BYTE* out = coded ? (BYTE*)malloc(kCalsHeader + codedSize) : NULL;
     if (!out) {
         free(coded);

@@ -62,14 +62,28 @@ INSTANTIATE_TEST_SUITE_P(Formats, ModuleRoundTrip, ::testing::ValuesIn(kTrips),
                              return n;
                          });
 
-// Writers refuse what they cannot hold, and leave no file claiming success.
-TEST(ModuleWriters, RefuseWhatTheyCannotHold) {
+// Writers refuse what they cannot hold; a CALS raster of a deeper image is
+// black where the image is dark.
+TEST(ModuleWriters, RefuseOrReduceWhatTheyCannotHold) {
     if (!ModuleBuilt(PRISM_FORMAT_TIFF) || !ModuleBuilt(PRISM_FORMAT_GIF) || !ModuleBuilt(PRISM_FORMAT_JPEG))
         GTEST_SKIP() << "modules not built";
     TempFile cals("deep.cal"), fax("deep.tif");
     HDIB grey = Picture(8, 16, 16);
-    EXPECT_EQ(0, SaveDIBInImageFormat(cals.path(), grey, PRISM_FORMAT_CALS, 0, 0));
     EXPECT_EQ(0, SaveDIBInImageFormat(fax.path(), grey, PRISM_FORMAT_TIFF, 0, 4));  // G4 of 8 bits
+    ASSERT_NE(0, SaveDIBInImageFormat(cals.path(), grey, PRISM_FORMAT_CALS, 0, 0));
+    int status = 0;
+    HDIB bilevel = LoadImageIntoDIB(cals.path(), 1, &status);
+    ASSERT_NE(nullptr, bilevel);
+    const Bytes source = testing_support::BlockBytes(grey), reduced = testing_support::BlockBytes(bilevel);
+    long wrong = 0;
+    for (int y = 0; y < 16; ++y)
+        for (int x = 0; x < 16; ++x) {
+            const unsigned c = ColorAt(source, x, y);
+            const bool dark = 30 * (c >> 16) + 59 * (c >> 8 & 255) + 11 * (c & 255) < 12800;
+            wrong += ColorAt(reduced, x, y) != (dark ? 0u : 0xFFFFFFu);
+        }
+    EXPECT_EQ(0, wrong);
+    GlobalFree(bilevel);
     for (int format : {PRISM_FORMAT_TIFF, PRISM_FORMAT_PCX, PRISM_FORMAT_GIF, PRISM_FORMAT_TGA, PRISM_FORMAT_JPEG})
         EXPECT_EQ(0, SaveDIBInImageFormat("never.TGA", nullptr, format, 0, 0)) << format;
     GlobalFree(grey);
