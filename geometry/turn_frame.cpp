@@ -3,6 +3,7 @@
 
 #include "core/dib.h"
 #include "geometry/dib_copy.h"
+#include "geometry/turn_simd.h"
 
 #include <cstring>
 
@@ -11,6 +12,14 @@ namespace prism {
 // Bytes behind the result rows; the one-column shift of the 270-degree
 // turn can write its last pixel there.
 constexpr std::uint64_t kSpareBytes = 4;
+
+void MirrorRow24(const unsigned char* s, unsigned char* d, std::uint32_t width) {
+    std::uint32_t x = 0;
+#if PRISM_X86
+    if (Simd().ssse3) x = MirrorRow24Ssse3(s, d, width);
+#endif
+    for (; x < width; ++x) Pixel24::Copy(s, width - 1 - x, d, x);
+}
 
 HDIB TurnDib(HDIB dib, TurnShape shape, void (*move)(const TurnJob&)) {
     if (!dib) return nullptr;

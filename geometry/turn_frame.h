@@ -63,5 +63,11 @@ template <>
 inline void MirrorRow<Pixel8>(const unsigned char* s, unsigned char* d, std::uint32_t width) {
     std::reverse_copy(s, s + width, d);
 }
+// 24-bit rows take the vector kernel where the processor has one.
+void MirrorRow24(const unsigned char* s, unsigned char* d, std::uint32_t width);
+template <>
+inline void MirrorRow<Pixel24>(const unsigned char* s, unsigned char* d, std::uint32_t width) {
+    MirrorRow24(s, d, width);
+}
 
 }  // namespace prism
