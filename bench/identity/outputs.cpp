@@ -121,6 +121,21 @@ void Check(const std::string& name, HDIB dib, bool big, const std::string& tmp) 
             const std::string op = "scale" + std::to_string(mode) + "_" + std::to_string(s[0]) + "x" + std::to_string(s[1]);
             Run(name, dib, op, [&](HDIB d) { return ScaleDIB(d, mode, s[0], s[1]); });
         }
+    for (int mode = 0; mode < 2 && !big; ++mode) {
+        const int zx = 2 + mode, zy = 3 - mode, gw = w > 1 ? w - 1 : w, gh = h > 2 ? h - 2 : h;
+        Run(name, dib, "scalegray" + std::to_string(mode), [&](HDIB d) {
+            HDIB r = ScaleGrayDIB(d, w > 1 ? 1 : 0, h > 2 ? 1 : 0, gw, gh, zx, zy, mode);
+            if (r) GlobalUnlock(r);  // returned still locked
+            return r;
+        });
+    }
+    if (big)
+        for (int mode = 0; mode < 2; ++mode)
+            Run(name, dib, "scalegray" + std::to_string(mode), [&](HDIB d) {
+                HDIB r = ScaleGrayDIB(d, 100, 100, 900, 700, 3, 2, mode);
+                if (r) GlobalUnlock(r);
+                return r;
+            });
     int error = 0;
     for (int kind = 3; kind <= 6; ++kind)
         for (int size = 3; size <= 7; size += 2) {
