@@ -70,32 +70,36 @@ inline unsigned char Clamp(int v) { return static_cast<unsigned char>(v < 0 ? 0 
 inline unsigned Position(const unsigned char* e) { return e[0] | static_cast<unsigned>(e[1]) << 8; }
 }  // namespace
 
-void ResampleRowLinear(const unsigned char* product, const unsigned char* taps, const unsigned char* plane,
-                       unsigned char* line, std::uint16_t count) {
-    unsigned i = 0;
+void ResampleRowLinear(const unsigned char* product, const unsigned char* taps, const unsigned char* const planes[],
+                       unsigned char* const lines[], unsigned planeCount, std::uint16_t count) {
+    unsigned done = 0;
 #if PRISM_X86
-    if (Simd().sse2) i = ResampleRowLinearSse2(taps, plane, line, count);
-    taps += i * kLinearTapBytes;
+    if (Simd().sse2) done = ResampleRowLinearSse2(taps, planes, lines, planeCount, count);
 #endif
-    for (; i < count; ++i, taps += kLinearTapBytes) {
-        const unsigned char* p = plane + Position(taps);
-        const unsigned v = product[taps[2] << 8 | p[0]] + product[taps[3] << 8 | p[1]];
-        line[i] = static_cast<unsigned char>(v > 255 ? 255 : v);
+    for (unsigned c = 0; c < planeCount; ++c) {
+        const unsigned char* e = taps + done * kLinearTapBytes;
+        for (unsigned i = done; i < count; ++i, e += kLinearTapBytes) {
+            const unsigned char* p = planes[c] + Position(e);
+            const unsigned v = product[e[2] << 8 | p[0]] + product[e[3] << 8 | p[1]];
+            lines[c][i] = static_cast<unsigned char>(v > 255 ? 255 : v);
+        }
     }
 }
 
-void ResampleRowCubic(const unsigned char* product, const unsigned char* taps, const unsigned char* plane,
-                      unsigned char* line, std::uint16_t count) {
-    unsigned i = 0;
+void ResampleRowCubic(const unsigned char* product, const unsigned char* taps, const unsigned char* const planes[],
+                      unsigned char* const lines[], unsigned planeCount, std::uint16_t count) {
+    unsigned done = 0;
 #if PRISM_X86
-    if (Simd().sse2) i = ResampleRowCubicSse2(taps, plane, line, count);
-    taps += i * kCubicTapBytes;
+    if (Simd().sse2) done = ResampleRowCubicSse2(taps, planes, lines, planeCount, count);
 #endif
-    for (; i < count; ++i, taps += kCubicTapBytes) {
-        const unsigned char* p = plane + Position(taps);
-        const int v = product[taps[3] << 8 | p[0]] + product[taps[4] << 8 | p[1]] -
-                      product[taps[2] << 8 | p[-1]] - product[taps[5] << 8 | p[2]];
-        line[i] = Clamp(v);
+    for (unsigned c = 0; c < planeCount; ++c) {
+        const unsigned char* e = taps + done * kCubicTapBytes;
+        for (unsigned i = done; i < count; ++i, e += kCubicTapBytes) {
+            const unsigned char* p = planes[c] + Position(e);
+            const int v = product[e[3] << 8 | p[0]] + product[e[4] << 8 | p[1]] -
+                          product[e[2] << 8 | p[-1]] - product[e[5] << 8 | p[2]];
+            lines[c][i] = Clamp(v);
+        }
     }
 }
 

@@ -29,12 +29,13 @@ struct CubicWeights {
 };
 CubicWeights CubicWeightsAt(double f);
 
-// `plane` points at pixel 0 of a plane with one guard byte before it and
-// three behind its last pixel.
-void ResampleRowLinear(const unsigned char* product, const unsigned char* taps, const unsigned char* plane,
-                       unsigned char* line, std::uint16_t count);
-void ResampleRowCubic(const unsigned char* product, const unsigned char* taps, const unsigned char* plane,
-                      unsigned char* line, std::uint16_t count);
+// Resamples `planeCount` planes (up to three) with one tap table, plane c
+// into line c.  A plane pointer is at pixel 0 of a plane with one guard
+// byte before it and three behind its last pixel.
+void ResampleRowLinear(const unsigned char* product, const unsigned char* taps, const unsigned char* const planes[],
+                       unsigned char* const lines[], unsigned planeCount, std::uint16_t count);
+void ResampleRowCubic(const unsigned char* product, const unsigned char* taps, const unsigned char* const planes[],
+                      unsigned char* const lines[], unsigned planeCount, std::uint16_t count);
 void BlendRowsLinear(const unsigned char* product, const unsigned char* line0, const unsigned char* line1,
                      unsigned char* out, std::uint16_t count, std::uint16_t weight);
 // `lines` holds four lines of `count` bytes, one after another.

@@ -2,6 +2,8 @@
 #include "geometry/scale_simd.h"
 
 #if PRISM_X86
+#include <tmmintrin.h>
+
 #include <cstring>
 
 #define PRISM_SSE2 __attribute__((target("sse2")))
@@ -31,54 +33,68 @@ PRISM_SSE2 inline __m128i CubicSums(__m128i lo, __m128i hi) {
 }  // namespace
 
 // Eight columns per step: the two pixels under each column's tap and the
-// tap's two weights, side by side in 16-bit lanes.
-PRISM_SSE2 std::uint32_t ResampleRowLinearSse2(const unsigned char* taps, const unsigned char* plane,
-                                               unsigned char* line, std::uint32_t count) {
-    const __m128i zero = _mm_setzero_si128();
+// tap's two weights, side by side in 16-bit lanes.  Every plane shares the
+// taps, so their weights are read once for all planes.
+PRISM_SSE2 std::uint32_t ResampleRowLinearSse2(const unsigned char* taps, const unsigned char* const planes[],
+                                               unsigned char* const lines[], unsigned planeCount,
+                                               std::uint32_t count) {
+    const __m128i zero = _mm_setzero_si128(), ones = _mm_set1_epi16(1);
     std::uint32_t i = 0;
     for (; i + 8 <= count; i += 8, taps += 32) {
-        alignas(16) std::uint16_t pixels[8];
-        for (unsigned k = 0; k < 8; ++k) std::memcpy(&pixels[k], plane + Position(taps + 4 * k), 2);
-        const __m128i p = _mm_load_si128(reinterpret_cast<const __m128i*>(pixels));
         // Entries are position, left weight, right weight: the weights are
         // the high half of each 32-bit entry, shifted down with its sign so
         // that the saturating pack keeps it whole.
         const __m128i e0 = _mm_srai_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(taps)), 16);
         const __m128i e1 = _mm_srai_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(taps + 16)), 16);
         const __m128i w = _mm_packs_epi32(e0, e1);  // left | right << 8 per column
-        const __m128i pLo = _mm_unpacklo_epi8(p, zero), pHi = _mm_unpackhi_epi8(p, zero);
         const __m128i wLo = _mm_unpacklo_epi8(w, zero), wHi = _mm_unpackhi_epi8(w, zero);
-        const __m128i ones = _mm_set1_epi16(1);
-        const __m128i sLo = _mm_madd_epi16(Product(pLo, wLo), ones);
-        const __m128i sHi = _mm_madd_epi16(Product(pHi, wHi), ones);
-        const __m128i v = _mm_packs_epi32(sLo, sHi);
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(line + i), _mm_packus_epi16(v, v));
+        unsigned at[8];
+        for (unsigned k = 0; k < 8; ++k) at[k] = Position(taps + 4 * k);
+        for (unsigned c = 0; c < planeCount; ++c) {
+            alignas(16) std::uint16_t pixels[8];
+            for (unsigned k = 0; k < 8; ++k) std::memcpy(&pixels[k], planes[c] + at[k], 2);
+            const __m128i p = _mm_load_si128(reinterpret_cast<const __m128i*>(pixels));
+            const __m128i sLo = _mm_madd_epi16(Product(_mm_unpacklo_epi8(p, zero), wLo), ones);
+            const __m128i sHi = _mm_madd_epi16(Product(_mm_unpackhi_epi8(p, zero), wHi), ones);
+            const __m128i v = _mm_packs_epi32(sLo, sHi);
+            _mm_storel_epi64(reinterpret_cast<__m128i*>(lines[c] + i), _mm_packus_epi16(v, v));
+        }
     }
     return i;
 }
 
 // Eight columns per step: the four pixels under each tap (from the one
 // before its position) and its four weights, in 16-bit lanes.
-PRISM_SSE2 std::uint32_t ResampleRowCubicSse2(const unsigned char* taps, const unsigned char* plane,
-                                              unsigned char* line, std::uint32_t count) {
+PRISM_SSE2 std::uint32_t ResampleRowCubicSse2(const unsigned char* taps, const unsigned char* const planes[],
+                                              unsigned char* const lines[], unsigned planeCount,
+                                              std::uint32_t count) {
     const __m128i zero = _mm_setzero_si128();
     std::uint32_t i = 0;
     for (; i + 8 <= count; i += 8, taps += 48) {
-        alignas(16) std::uint32_t pixels[8], weights[8];
+        alignas(16) std::uint32_t weights[8];
+        unsigned at[8];
         for (unsigned k = 0; k < 8; ++k) {
-            std::memcpy(&pixels[k], plane + Position(taps + 6 * k) - 1, 4);
+            at[k] = Position(taps + 6 * k);
             std::memcpy(&weights[k], taps + 6 * k + 2, 4);
         }
-        __m128i sums[2];
+        __m128i w[4];
         for (unsigned h = 0; h < 2; ++h) {
-            const __m128i p = _mm_load_si128(reinterpret_cast<const __m128i*>(pixels + 4 * h));
-            const __m128i w = _mm_load_si128(reinterpret_cast<const __m128i*>(weights + 4 * h));
-            const __m128i lo = Product(_mm_unpacklo_epi8(p, zero), _mm_unpacklo_epi8(w, zero));
-            const __m128i hi = Product(_mm_unpackhi_epi8(p, zero), _mm_unpackhi_epi8(w, zero));
-            sums[h] = CubicSums(lo, hi);
+            const __m128i v = _mm_load_si128(reinterpret_cast<const __m128i*>(weights + 4 * h));
+            w[2 * h] = _mm_unpacklo_epi8(v, zero);
+            w[2 * h + 1] = _mm_unpackhi_epi8(v, zero);
         }
-        const __m128i v = _mm_packs_epi32(sums[0], sums[1]);
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(line + i), _mm_packus_epi16(v, v));
+        for (unsigned c = 0; c < planeCount; ++c) {
+            alignas(16) std::uint32_t pixels[8];
+            for (unsigned k = 0; k < 8; ++k) std::memcpy(&pixels[k], planes[c] + at[k] - 1, 4);
+            __m128i sums[2];
+            for (unsigned h = 0; h < 2; ++h) {
+                const __m128i p = _mm_load_si128(reinterpret_cast<const __m128i*>(pixels + 4 * h));
+                sums[h] = CubicSums(Product(_mm_unpacklo_epi8(p, zero), w[2 * h]),
+                                    Product(_mm_unpackhi_epi8(p, zero), w[2 * h + 1]));
+            }
+            const __m128i v = _mm_packs_epi32(sums[0], sums[1]);
+            _mm_storel_epi64(reinterpret_cast<__m128i*>(lines[c] + i), _mm_packus_epi16(v, v));
+        }
     }
     return i;
 }
@@ -116,6 +132,68 @@ PRISM_SSE2 std::uint32_t BlendRowsCubicSse2(const unsigned char* const lines[4],
         _mm_storeu_si128(reinterpret_cast<__m128i*>(out + i), _mm_packus_epi16(l, h));
     }
     return i;
+}
+
+namespace {
+
+// Shuffle orders between 48 interleaved bytes (blue, green, red per pixel)
+// and three planes of 16: for each of the three 16-byte chunks and each
+// plane, where each byte comes from, or -128 for none.
+struct Interleave {
+    alignas(16) signed char pack[3][3][16];    // [chunk][plane]: plane bytes into a chunk
+    alignas(16) signed char unpack[3][3][16];  // [chunk][plane]: chunk bytes into a plane
+    Interleave() {
+        for (int c = 0; c < 3; ++c)
+            for (int plane = 0; plane < 3; ++plane)
+                for (int j = 0; j < 16; ++j) {
+                    const int at = 16 * c + j;  // interleaved byte in this chunk
+                    pack[c][plane][j] = static_cast<signed char>(at % 3 == plane ? at / 3 : -128);
+                    const int from = 3 * j + plane - 16 * c;  // pixel j of this plane
+                    unpack[c][plane][j] = static_cast<signed char>(from >= 0 && from < 16 ? from : -128);
+                }
+    }
+};
+const Interleave kInterleave;
+
+__attribute__((target("ssse3"))) inline __m128i Order(const signed char* order) {
+    return _mm_load_si128(reinterpret_cast<const __m128i*>(order));
+}
+
+}  // namespace
+
+// Planes are blue, green, red, the order of a 24-bit pixel's bytes.
+__attribute__((target("ssse3"))) std::uint32_t PackRow24Ssse3(const unsigned char* const planes[3],
+                                                             unsigned char* row, std::uint32_t count) {
+    std::uint32_t x = 0;
+    for (; x + 16 <= count; x += 16, row += 48) {
+        __m128i p[3];
+        for (int k = 0; k < 3; ++k) p[k] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(planes[k] + x));
+        for (int c = 0; c < 3; ++c) {
+            const __m128i v = _mm_or_si128(
+                _mm_or_si128(_mm_shuffle_epi8(p[0], Order(kInterleave.pack[c][0])),
+                             _mm_shuffle_epi8(p[1], Order(kInterleave.pack[c][1]))),
+                _mm_shuffle_epi8(p[2], Order(kInterleave.pack[c][2])));
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(row + 16 * c), v);
+        }
+    }
+    return x;
+}
+
+__attribute__((target("ssse3"))) std::uint32_t UnpackRow24Ssse3(const unsigned char* row, std::uint32_t count,
+                                                               unsigned char* const planes[3]) {
+    std::uint32_t x = 0;
+    for (; x + 16 <= count; x += 16, row += 48) {
+        __m128i c[3];
+        for (int k = 0; k < 3; ++k) c[k] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(row + 16 * k));
+        for (int plane = 0; plane < 3; ++plane) {
+            const __m128i v = _mm_or_si128(
+                _mm_or_si128(_mm_shuffle_epi8(c[0], Order(kInterleave.unpack[0][plane])),
+                             _mm_shuffle_epi8(c[1], Order(kInterleave.unpack[1][plane]))),
+                _mm_shuffle_epi8(c[2], Order(kInterleave.unpack[2][plane])));
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(planes[plane] + x), v);
+        }
+    }
+    return x;
 }
 
 }  // namespace prism

@@ -12,14 +12,18 @@
 namespace prism {
 
 #if PRISM_X86
-std::uint32_t ResampleRowLinearSse2(const unsigned char* taps, const unsigned char* plane, unsigned char* line,
-                                    std::uint32_t count);
-std::uint32_t ResampleRowCubicSse2(const unsigned char* taps, const unsigned char* plane, unsigned char* line,
-                                   std::uint32_t count);
+// Up to three planes sharing one tap table.
+std::uint32_t ResampleRowLinearSse2(const unsigned char* taps, const unsigned char* const planes[],
+                                    unsigned char* const lines[], unsigned planeCount, std::uint32_t count);
+std::uint32_t ResampleRowCubicSse2(const unsigned char* taps, const unsigned char* const planes[],
+                                   unsigned char* const lines[], unsigned planeCount, std::uint32_t count);
 std::uint32_t BlendRowsLinearSse2(const unsigned char* line0, const unsigned char* line1, unsigned char* out,
                                   std::uint32_t count, unsigned w0, unsigned w1);
 std::uint32_t BlendRowsCubicSse2(const unsigned char* const lines[4], unsigned char* out, std::uint32_t count,
                                  const unsigned weights[4]);
+// 24-bit rows to and from planes in blue, green, red order (SSSE3).
+std::uint32_t PackRow24Ssse3(const unsigned char* const planes[3], unsigned char* row, std::uint32_t count);
+std::uint32_t UnpackRow24Ssse3(const unsigned char* row, std::uint32_t count, unsigned char* const planes[3]);
 #endif
 
 }  // namespace prism
