@@ -103,10 +103,15 @@ struct GreyRows {
             std::uint64_t j = p / splitRow;
             std::uint64_t c = p % splitRow;
             const unsigned char* row = j < static_cast<std::uint64_t>(height) ? src.Row(static_cast<std::int64_t>(j)) : nullptr;
+            if (!row) {
+                // Rows past the last split row read as zero, and so do all after them.
+                std::memset(grey, adjust[0], static_cast<size_t>(w));
+                return;
+            }
             int x = 0;
 #if PRISM_X86
             // The stretch of the row before the walk reaches the split row's end.
-            if (row && Simd().ssse3) {
+            if (Simd().ssse3) {
                 const std::uint64_t run = std::min<std::uint64_t>(splitRow - c, static_cast<std::uint64_t>(w));
                 x = static_cast<int>(HalftoneGrey24Ssse3(row + 3 * c, grey, static_cast<std::uint32_t>(run), brightness));
                 c += static_cast<std::uint64_t>(x);
