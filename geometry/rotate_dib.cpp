@@ -125,15 +125,8 @@ void HalfTurn(const TurnJob& j) {
 }
 
 void HalfTurnBits(const TurnJob& j) {
-    for (std::uint32_t y = 0; y < j.height; ++y) {
-        const unsigned char* s = j.src + y * j.srcStride;
-        unsigned char* d = j.dst + (j.height - 1 - y) * j.dstStride;
-        for (std::uint32_t x = 0; x < j.width; ++x) {
-            if (!(s[x / 8] & MaskTable[x % 8])) continue;
-            const std::uint32_t t = j.width - 1 - x;
-            d[t / 8] = static_cast<unsigned char>(d[t / 8] | MaskTable[t % 8]);
-        }
-    }
+    for (std::uint32_t y = 0; y < j.height; ++y)
+        MirrorBitsRow(j.src + y * j.srcStride, j.dst + (j.height - 1 - y) * j.dstStride, j.width);
 }
 
 // Depths other than 1, 4, 8 and 24 move no pixel: the result is the

@@ -12,6 +12,8 @@ namespace prism {
 // width - 1 - x) and returns how many result pixels it wrote; the caller
 // finishes the rest.  Reads and writes only bytes of the row's pixels.
 std::uint32_t MirrorRow24Ssse3(const unsigned char* s, unsigned char* d, std::uint32_t width);
+// The same for 8-bit rows.
+std::uint32_t MirrorRow8Ssse3(const unsigned char* s, unsigned char* d, std::uint32_t width);
 #endif
 
 }  // namespace prism
