@@ -42,6 +42,32 @@ __attribute__((target("ssse3"))) inline void Split24(const unsigned char* p, __m
     }
 }
 
+// The reverse: kJoin24[chunk][colour][j] is where byte j of the chunk lies
+// in the colour's 16 bytes, or -128.
+struct Join24Orders {
+    alignas(16) signed char order[3][3][16];
+    constexpr Join24Orders() : order() {
+        for (int chunk = 0; chunk < 3; ++chunk)
+            for (int colour = 0; colour < 3; ++colour)
+                for (int j = 0; j < 16; ++j) {
+                    const int at = 16 * chunk + j;
+                    order[chunk][colour][j] = static_cast<signed char>(at % 3 == colour ? at / 3 : -128);
+                }
+    }
+};
+inline constexpr Join24Orders kJoin24{};
+
+// Blue, green and red bytes of sixteen pixels to 48 bytes at p.
+__attribute__((target("ssse3"))) inline void Join24(const __m128i rgb[3], unsigned char* p) {
+    for (int chunk = 0; chunk < 3; ++chunk) {
+        const __m128i* o = reinterpret_cast<const __m128i*>(kJoin24.order[chunk]);
+        const __m128i v = _mm_or_si128(_mm_or_si128(_mm_shuffle_epi8(rgb[0], _mm_load_si128(o)),
+                                                    _mm_shuffle_epi8(rgb[1], _mm_load_si128(o + 1))),
+                                       _mm_shuffle_epi8(rgb[2], _mm_load_si128(o + 2)));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(p + 16 * chunk), v);
+    }
+}
+
 // a * wa + b * wb + c * wc for the low (high = false) or high eight bytes
 // of each, in 16-bit lanes; the caller keeps the sum below 65536.
 __attribute__((target("sse2"))) inline __m128i Weigh3(__m128i a, __m128i b, __m128i c, int wa, int wb, int wc,
