@@ -73,10 +73,12 @@ __attribute__((target("ssse3"))) inline void Join24(const __m128i rgb[3], unsign
 __attribute__((target("sse2"))) inline __m128i Weigh3(__m128i a, __m128i b, __m128i c, int wa, int wb, int wc,
                                                       bool high) {
     const __m128i zero = _mm_setzero_si128();
-    auto wide = [&](__m128i v) { return high ? _mm_unpackhi_epi8(v, zero) : _mm_unpacklo_epi8(v, zero); };
-    return _mm_add_epi16(_mm_add_epi16(_mm_mullo_epi16(wide(a), _mm_set1_epi16(static_cast<short>(wa))),
-                                       _mm_mullo_epi16(wide(b), _mm_set1_epi16(static_cast<short>(wb)))),
-                         _mm_mullo_epi16(wide(c), _mm_set1_epi16(static_cast<short>(wc))));
+    const __m128i a16 = high ? _mm_unpackhi_epi8(a, zero) : _mm_unpacklo_epi8(a, zero);
+    const __m128i b16 = high ? _mm_unpackhi_epi8(b, zero) : _mm_unpacklo_epi8(b, zero);
+    const __m128i c16 = high ? _mm_unpackhi_epi8(c, zero) : _mm_unpacklo_epi8(c, zero);
+    return _mm_add_epi16(_mm_add_epi16(_mm_mullo_epi16(a16, _mm_set1_epi16(static_cast<short>(wa))),
+                                       _mm_mullo_epi16(b16, _mm_set1_epi16(static_cast<short>(wb)))),
+                         _mm_mullo_epi16(c16, _mm_set1_epi16(static_cast<short>(wc))));
 }
 
 // The quotient of each unsigned 16-bit lane by a constant, as
