@@ -3,6 +3,7 @@
 #include "core/dib.h"
 #include "geometry/dib_copy.h"
 #include "geometry/turn_frame.h"
+#include "geometry/turn_simd.h"
 #include "platform/export.h"
 
 namespace prism {
@@ -72,16 +73,37 @@ inline std::uint64_t GatherColumn(const TurnJob& j, std::uint32_t y0, std::uint3
 // so the eight rows' byte i fills result byte y0 / 8 of rows w - 1 - 8i
 // down.  Each result byte is written once; bits past the last source row
 // or column stay 0, as in the zero-filled result.
-void Rotate90Bits(const TurnJob& j) {
-    const std::uint32_t bytes = (j.width + 7) / 8;
-    for (std::uint32_t y0 = 0; y0 < j.height; y0 += 8) {
+// Rows from y0Begin (a multiple of 8) up to yEnd, bytes iBegin..iEnd - 1.
+void Rotate90BitsRange(const TurnJob& j, std::uint32_t y0Begin, std::uint32_t yEnd, std::uint32_t iBegin,
+                       std::uint32_t iEnd) {
+    for (std::uint32_t y0 = y0Begin; y0 < yEnd; y0 += 8) {
         unsigned char* column = j.dst + y0 / 8;
-        for (std::uint32_t i = 0; i < bytes; ++i) {
+        for (std::uint32_t i = iBegin; i < iEnd; ++i) {
             const std::uint64_t t = Transpose8(GatherColumn(j, y0, i));
             const std::uint32_t count = j.width - 8 * i < 8 ? j.width - 8 * i : 8;
             for (std::uint32_t k = 0; k < count; ++k)
                 column[(j.width - 1 - 8 * i - k) * j.dstStride] = static_cast<unsigned char>(t >> (56 - 8 * k));
         }
+    }
+}
+
+// The vector kernel takes the whole squares of 16 rows by 16 full bytes;
+// the rows below them and the bytes right of them go 8 by 8.
+void Rotate90Bits(const TurnJob& j) {
+    const std::uint32_t bytes = (j.width + 7) / 8;
+    std::uint32_t rows = 0, fullBytes = 0;
+#if PRISM_X86
+    if (Simd().sse2) {
+        rows = j.height / 16 * 16;
+        fullBytes = j.width / 8 / 16 * 16;
+        if (rows && fullBytes) Rotate90BitsSse2(j, rows, fullBytes);
+    }
+#endif
+    if (rows && fullBytes) {
+        Rotate90BitsRange(j, 0, rows, fullBytes, bytes);
+        Rotate90BitsRange(j, rows, j.height, 0, bytes);
+    } else {
+        Rotate90BitsRange(j, 0, j.height, 0, bytes);
     }
 }
 

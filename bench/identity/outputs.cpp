@@ -190,7 +190,7 @@ void Check(const std::string& name, HDIB dib, bool big, const std::string& tmp) 
 int main(int argc, char** argv) {
     const char* tmpEnv = std::getenv("TMPDIR");
     const std::string tmp = tmpEnv ? tmpEnv : "/tmp";
-    const int shapes[][2] = {{1, 1}, {2, 3}, {7, 5}, {8, 8}, {17, 13}, {33, 31}, {64, 64}, {65, 3}, {129, 67}, {1001, 7}, {3, 257}};
+    const int shapes[][2] = {{1, 1}, {2, 3}, {7, 5}, {8, 8}, {17, 13}, {33, 31}, {64, 64}, {65, 3}, {129, 67}, {1001, 7}, {3, 257}, {300, 50}, {263, 40}};
     std::uint32_t seed = 1;
     for (int bits : {1, 4, 8, 24})
         for (const auto& s : shapes) {
