@@ -19,11 +19,15 @@ SimdSupport Probe() {
     return s;
 }
 
-}  // namespace
-
-const SimdSupport& Simd() {
-    static const SimdSupport support = Probe();
+SimdSupport& Current() {
+    static SimdSupport support = Probe();
     return support;
 }
+
+}  // namespace
+
+const SimdSupport& Simd() { return Current(); }
+
+void SetSimdForTesting(const SimdSupport& support) { Current() = support; }
 
 }  // namespace prism

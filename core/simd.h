@@ -20,4 +20,8 @@ struct SimdSupport {
 // Read once, on first use.
 const SimdSupport& Simd();
 
+// For tests that hold the vector paths against the plain ones: replaces
+// what Simd() reports, until set back.
+void SetSimdForTesting(const SimdSupport& support);
+
 }  // namespace prism
