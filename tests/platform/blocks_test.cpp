@@ -65,6 +65,21 @@ TEST(Blocks, ReAllocAcrossTheLargeBlockLineKeepsContents) {
     EXPECT_EQ(GlobalFree(block), nullptr);
 }
 
+// A large block written, freed and made again at a size near it, the
+// memory of the first may come back: zero-filled when asked, every byte.
+TEST(Blocks, LargeBlockMadeAgainIsZeroFilled) {
+    const SIZE_T sizes[] = {(SIZE_T(6) << 20) + 5, (SIZE_T(5) << 20) + 1, (SIZE_T(6) << 20) + 5};
+    for (SIZE_T size : sizes) {
+        HGLOBAL block = GlobalAlloc(GHND, size);
+        ASSERT_NE(block, nullptr);
+        unsigned char* p = static_cast<unsigned char*>(GlobalLock(block));
+        for (SIZE_T i = 0; i < size; ++i) ASSERT_EQ(p[i], 0) << size << " at " << i;
+        std::memset(p, 0xC3, size);
+        GlobalUnlock(block);
+        GlobalFree(block);
+    }
+}
+
 #ifndef _WIN32
 // The handle table can tell a freed or made-up handle from a live one.
 TEST(Blocks, DeadAndForgedHandlesAreRefused) {
