@@ -182,6 +182,7 @@ HDIB CompressRows(const DibView& src, std::uint32_t compression) {
     if (height != 0 && rowWorst > (kMaxBlockBytes - 2) / height) return nullptr;
     OwnedBlock work(AllocBlock(rowWorst * height + 2));
     if (!work) return nullptr;
+    plat::SparseBlock(work.get());  // written only as far as the code runs
     BlockLock workLock(work.get());
     if (!workLock) return nullptr;
 

@@ -104,62 +104,6 @@ unsigned char* MapBytes(size_t bytes, size_t* mapped) {
     return reinterpret_cast<unsigned char*>(aligned);
 }
 
-// The last large mapping freed is kept for the next large block of about
-// its size (up to a quarter smaller): hosts that turn one image after
-// another then skip the kernel's page faults and clearing.  Its pages are
-// handed back to the kernel as lazily free (MADV_FREE), so under memory
-// pressure the kernel takes them without asking.  Only one is kept, and
-// it is unmapped before any other large mapping is made.
-#if defined(MADV_FREE)
-constexpr bool kKeepSpare = kMapLarge;
-#else
-constexpr bool kKeepSpare = false;
-#endif
-
-struct Spare {
-    unsigned char* data = nullptr;
-    size_t mapped = 0;
-};
-std::mutex& SpareMutex() {
-    static std::mutex m;
-    return m;
-}
-Spare& TheSpare() {
-    static Spare spare;
-    return spare;
-}
-
-// The kept mapping, trimmed to `bytes` and zero-filled when asked, or null
-// (and the kept one unmapped) when it does not fit.
-unsigned char* TakeSpare(size_t bytes, bool zero, size_t* mapped) {
-    std::lock_guard<std::mutex> guard(SpareMutex());
-    Spare& spare = TheSpare();
-    if (!spare.data) return nullptr;
-    const size_t length = MapLength(bytes);
-    unsigned char* p = spare.data;
-    const bool fits = spare.mapped >= length && spare.mapped - length <= spare.mapped / 4;
-    if (!fits) {
-        munmap(p, spare.mapped);
-    } else {
-        if (spare.mapped > length) munmap(p + length, spare.mapped - length);
-        *mapped = length;
-        if (zero) std::memset(p, 0, bytes);
-    }
-    spare = Spare();
-    return fits ? p : nullptr;
-}
-
-void KeepSpare(unsigned char* data, size_t mapped) {
-    std::lock_guard<std::mutex> guard(SpareMutex());
-    Spare& spare = TheSpare();
-    if (spare.data) munmap(spare.data, spare.mapped);
-#if defined(MADV_FREE)
-    madvise(data, mapped, MADV_FREE);
-#endif
-    spare.data = data;
-    spare.mapped = mapped;
-}
-
 // Always hands out at least one byte so a zero-sized block still has an
 // identity; it still cannot be locked.
 unsigned char* AllocBytes(size_t bytes, bool zero, size_t* mapped) {
@@ -170,8 +114,6 @@ unsigned char* AllocBytes(size_t bytes, bool zero, size_t* mapped) {
     }();
     *mapped = 0;
     if (kMapLarge && bytes >= kLargeBlock && !mallocOnly) {
-        if (kKeepSpare)
-            if (unsigned char* p = TakeSpare(bytes, zero, mapped)) return p;
         if (unsigned char* p = MapBytes(bytes, mapped)) return p;
     }
     size_t n = bytes ? bytes : 1;
@@ -180,9 +122,7 @@ unsigned char* AllocBytes(size_t bytes, bool zero, size_t* mapped) {
 }
 
 void FreeBytes(unsigned char* data, size_t mapped) {
-    if (mapped && kKeepSpare)
-        KeepSpare(data, mapped);
-    else if (mapped)
+    if (mapped)
         munmap(data, mapped);
     else
         std::free(data);
@@ -285,4 +225,15 @@ PRISM_API SIZE_T GlobalSize(HGLOBAL block) {
     std::lock_guard<std::mutex> guard(TableMutex());
     Block* b = Find(block);
     return b ? b->size : 0;
+}
+
+// A large block goes to small pages, so only the pages written take
+// memory, as with malloc.
+void plat::SparseBlock(HGLOBAL block) {
+    std::lock_guard<std::mutex> guard(TableMutex());
+    Block* b = Find(block);
+    if (!b || !b->mapped) return;
+#ifdef MADV_NOHUGEPAGE
+    madvise(b->data, b->mapped, MADV_NOHUGEPAGE);
+#endif
 }
