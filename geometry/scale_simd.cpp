@@ -2,7 +2,7 @@
 #include "geometry/scale_simd.h"
 
 #if PRISM_X86
-#include <tmmintrin.h>
+#include "core/simd_pixels.h"
 
 #include <cstring>
 
@@ -134,47 +134,14 @@ PRISM_SSE2 std::uint32_t BlendRowsCubicSse2(const unsigned char* const lines[4],
     return i;
 }
 
-namespace {
-
-// Shuffle orders between 48 interleaved bytes (blue, green, red per pixel)
-// and three planes of 16: for each of the three 16-byte chunks and each
-// plane, where each byte comes from, or -128 for none.
-struct Interleave {
-    alignas(16) signed char pack[3][3][16];    // [chunk][plane]: plane bytes into a chunk
-    alignas(16) signed char unpack[3][3][16];  // [chunk][plane]: chunk bytes into a plane
-    Interleave() {
-        for (int c = 0; c < 3; ++c)
-            for (int plane = 0; plane < 3; ++plane)
-                for (int j = 0; j < 16; ++j) {
-                    const int at = 16 * c + j;  // interleaved byte in this chunk
-                    pack[c][plane][j] = static_cast<signed char>(at % 3 == plane ? at / 3 : -128);
-                    const int from = 3 * j + plane - 16 * c;  // pixel j of this plane
-                    unpack[c][plane][j] = static_cast<signed char>(from >= 0 && from < 16 ? from : -128);
-                }
-    }
-};
-const Interleave kInterleave;
-
-__attribute__((target("ssse3"))) inline __m128i Order(const signed char* order) {
-    return _mm_load_si128(reinterpret_cast<const __m128i*>(order));
-}
-
-}  // namespace
-
 // Planes are blue, green, red, the order of a 24-bit pixel's bytes.
 __attribute__((target("ssse3"))) std::uint32_t PackRow24Ssse3(const unsigned char* const planes[3],
                                                              unsigned char* row, std::uint32_t count) {
     std::uint32_t x = 0;
     for (; x + 16 <= count; x += 16, row += 48) {
-        __m128i p[3];
-        for (int k = 0; k < 3; ++k) p[k] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(planes[k] + x));
-        for (int c = 0; c < 3; ++c) {
-            const __m128i v = _mm_or_si128(
-                _mm_or_si128(_mm_shuffle_epi8(p[0], Order(kInterleave.pack[c][0])),
-                             _mm_shuffle_epi8(p[1], Order(kInterleave.pack[c][1]))),
-                _mm_shuffle_epi8(p[2], Order(kInterleave.pack[c][2])));
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(row + 16 * c), v);
-        }
+        __m128i bgr[3];
+        for (int k = 0; k < 3; ++k) bgr[k] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(planes[k] + x));
+        Join24(bgr, row);
     }
     return x;
 }
@@ -183,15 +150,9 @@ __attribute__((target("ssse3"))) std::uint32_t UnpackRow24Ssse3(const unsigned c
                                                                unsigned char* const planes[3]) {
     std::uint32_t x = 0;
     for (; x + 16 <= count; x += 16, row += 48) {
-        __m128i c[3];
-        for (int k = 0; k < 3; ++k) c[k] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(row + 16 * k));
-        for (int plane = 0; plane < 3; ++plane) {
-            const __m128i v = _mm_or_si128(
-                _mm_or_si128(_mm_shuffle_epi8(c[0], Order(kInterleave.unpack[0][plane])),
-                             _mm_shuffle_epi8(c[1], Order(kInterleave.unpack[1][plane]))),
-                _mm_shuffle_epi8(c[2], Order(kInterleave.unpack[2][plane])));
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(planes[plane] + x), v);
-        }
+        __m128i bgr[3];
+        Split24(row, bgr);
+        for (int k = 0; k < 3; ++k) _mm_storeu_si128(reinterpret_cast<__m128i*>(planes[k] + x), bgr[k]);
     }
     return x;
 }
