@@ -107,5 +107,24 @@ __attribute__((target("sse2"))) inline __m128i GreaterBytes(__m128i a, __m128i b
     return _mm_cmpgt_epi8(_mm_xor_si128(a, bias), _mm_xor_si128(b, bias));
 }
 
+// Extends a run of bytes equal to v at q from c up to limit, sixteen bytes
+// at a time while a whole load lies below `readable`; returns where it
+// stopped (a byte that differs, the limit, or the last whole load).
+__attribute__((target("sse2"))) inline std::uint32_t EqualRunSse2(const unsigned char* q, unsigned char v,
+                                                                 std::uint32_t c, std::uint32_t limit,
+                                                                 std::uint64_t readable) {
+    const __m128i value = _mm_set1_epi8(static_cast<char>(v));
+    while (c < limit && c + 16 <= readable) {
+        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(q + c));
+        const unsigned differ = ~static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, value))) & 0xFFFFu;
+        if (differ) {
+            c += static_cast<std::uint32_t>(__builtin_ctz(differ));
+            return c < limit ? c : limit;
+        }
+        c += 16;
+    }
+    return c < limit ? c : limit;
+}
+
 }  // namespace prism
 #endif

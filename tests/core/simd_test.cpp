@@ -11,7 +11,9 @@ using namespace testing_support;
 
 namespace {
 
+// Runs of up to 40 equal pixels between noisy stretches.
 unsigned Noise(int x, int y) {
+    if ((x / 40 + y) % 3 == 0) return static_cast<unsigned>(y * 7);
     unsigned v = static_cast<unsigned>(x) * 2654435761u ^ static_cast<unsigned>(y) * 40503u;
     v ^= v >> 13;
     return v * 2246822519u;
@@ -39,6 +41,7 @@ const Op kOps[] = {
     {"box 5", [](HDIB d) { return ColorConvolution(d, 1, 1, 3, 5, nullptr, nullptr, &gError); }},
     {"sharpen 5", [](HDIB d) { return ColorConvolution(d, 1, 0, 6, 5, nullptr, nullptr, &gError); }},
     {"blur 3", [](HDIB d) { return ColorConvolution(d, 1, 0, 4, 3, nullptr, nullptr, &gError); }},
+    {"run-length", [](HDIB d) { return CompressDIB(d); }},
 };
 
 // The operation's result block, or nothing when it fails.
