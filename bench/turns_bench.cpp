@@ -1,4 +1,4 @@
-// Right-angle turns and flips of a whole image, 8-bit and 24-bit.
+// Right-angle turns and flips of a whole image, 1-bit, 8-bit and 24-bit.
 #include "bench_common.h"
 
 #include <benchmark/benchmark.h>
@@ -27,10 +27,10 @@ void BM_RotateDIB270(benchmark::State& state) { RunTurn(state, RotateDIB270); }
 void BM_FlipDIBVertical(benchmark::State& state) { RunTurn(state, FlipDIBVertical); }
 void BM_FlipDIBHorizontal(benchmark::State& state) { RunTurn(state, FlipDIBHorizontal); }
 
-BENCHMARK(BM_RotateDIB90)->Arg(8)->Arg(24)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_RotateDIB180)->Arg(8)->Arg(24)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_RotateDIB270)->Arg(8)->Arg(24)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_FlipDIBVertical)->Arg(8)->Arg(24)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_FlipDIBHorizontal)->Arg(8)->Arg(24)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_RotateDIB90)->Arg(1)->Arg(8)->Arg(24)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_RotateDIB180)->Arg(1)->Arg(8)->Arg(24)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_RotateDIB270)->Arg(1)->Arg(8)->Arg(24)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_FlipDIBVertical)->Arg(1)->Arg(8)->Arg(24)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_FlipDIBHorizontal)->Arg(1)->Arg(8)->Arg(24)->Unit(benchmark::kMillisecond);
 
 }  // namespace

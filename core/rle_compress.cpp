@@ -3,6 +3,7 @@
 #include "core/dib.h"
 #include "core/errors.h"
 #include "core/rle.h"
+#include "core/simd_pixels.h"
 #include "platform/export.h"
 
 #include <cstring>
@@ -16,6 +17,7 @@ namespace {
 // they stand.
 struct DirectRow {
     const unsigned char* p;
+    std::uint64_t readable;  // bytes from p that lie in the block
     unsigned char operator[](std::uint64_t i) const { return p[i]; }
 };
 // Rows near the block's end: bytes past the end read as 0.
@@ -50,6 +52,21 @@ private:
     unsigned char* out_;
 };
 
+// Lengthens a run of v at i from c: by whole vector loads where the row
+// lies well inside the block, else not at all (the byte loop goes on).
+template <class Row>
+std::uint32_t ExtendRun(const Row&, std::uint64_t, unsigned char, std::uint32_t c, std::uint32_t) {
+    return c;
+}
+inline std::uint32_t ExtendRun(const DirectRow& p, std::uint64_t i, unsigned char v, std::uint32_t c,
+                               std::uint32_t limit) {
+#if PRISM_X86
+    if (Simd().sse2 && p.readable > i) return EqualRunSse2(p.p + i, v, c, limit, p.readable - i);
+#endif
+    (void)p, (void)i, (void)v, (void)limit;
+    return c;
+}
+
 // One row of RLE8.  n counts the pixels left, i is the byte position.
 template <class Row>
 void CodeRowRle8(const Row& p, std::uint32_t width, StreamWriter& s) {
@@ -71,7 +88,7 @@ void CodeRowRle8(const Row& p, std::uint32_t width, StreamWriter& s) {
         const std::uint32_t limit = n < kRleMaxRun ? n : kRleMaxRun;
         const unsigned char v = p[i];
         if (p[i + 1] == v) {
-            std::uint32_t c = 1;
+            std::uint32_t c = ExtendRun(p, i, v, 1, limit);
             while (c < limit && p[i + c] == v) ++c;
             s.Pair(c, v);
             i += c;
@@ -182,6 +199,7 @@ HDIB CompressRows(const DibView& src, std::uint32_t compression) {
     if (height != 0 && rowWorst > (kMaxBlockBytes - 2) / height) return nullptr;
     OwnedBlock work(AllocBlock(rowWorst * height + 2));
     if (!work) return nullptr;
+    plat::SparseBlock(work.get());  // written only as far as the code runs
     BlockLock workLock(work.get());
     if (!workLock) return nullptr;
 
@@ -195,12 +213,12 @@ HDIB CompressRows(const DibView& src, std::uint32_t compression) {
         const bool direct = start + src.stride + 4 <= src.blockBytes;
         if (compression == kBiRle8) {
             if (direct)
-                CodeRowRle8(DirectRow{row}, width, s);
+                CodeRowRle8(DirectRow{row, src.blockBytes - start}, width, s);
             else
                 CodeRowRle8(GuardedRow{row, start < src.blockBytes ? src.blockBytes - start : 0}, width, s);
         } else {
             if (direct)
-                CodeRowRle4(DirectRow{row}, width, s);
+                CodeRowRle4(DirectRow{row, src.blockBytes - start}, width, s);
             else
                 CodeRowRle4(GuardedRow{row, start < src.blockBytes ? src.blockBytes - start : 0}, width, s);
         }

@@ -24,16 +24,12 @@ void Mirror(const TurnJob& j) {
     }
 }
 
-// Depth 1: set bits are ORed into the zero-filled result.
+// Depth 1: whole bytes at a time.
 void MirrorBits(const TurnJob& j) {
     for (std::uint32_t y = 0; y < j.height; ++y) {
         const unsigned char* s = j.src + y * j.srcStride;
         unsigned char* d = j.dst + y * j.dstStride;
-        for (std::uint32_t x = 0; x < j.width; ++x) {
-            if (!(s[x / 8] & MaskTable[x % 8])) continue;
-            const std::uint32_t t = j.width - 1 - x;
-            d[t / 8] = static_cast<unsigned char>(d[t / 8] | MaskTable[t % 8]);
-        }
+        MirrorBitsRow(s, d, j.width);
     }
 }
 

@@ -281,6 +281,7 @@ HDIB Rotate(HDIB dib, int angle, int walkMode, int* error, int* corners) {
         *error = kRotateNoMemory;
         return nullptr;
     }
+    plat::SparseBlock(block);  // the corners stay zero
     OwnedBlock owned(block);
     BlockLock result(block);
     if (!result) {

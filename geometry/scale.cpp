@@ -6,6 +6,7 @@
 #include "core/errors.h"
 #include "display/stretch.h"
 #include "geometry/scale_kernels.h"
+#include "geometry/scale_simd.h"
 #include "platform/export.h"
 
 #include <cstring>
@@ -49,13 +50,22 @@ inline void SetGuards(unsigned char* plane, unsigned count) {
 void UnpackDibRow(const unsigned char* row, std::uint16_t count, int bitCount, const TableColors& colors,
                   unsigned char* red, unsigned char* green, unsigned char* blue) {
     switch (bitCount) {
-        case 24:
-            for (unsigned x = 0; x < count; ++x, row += 3) {
+        case 24: {
+            unsigned x = 0;
+#if PRISM_X86
+            if (Simd().ssse3) {
+                unsigned char* const planes[3] = {blue, green, red};
+                x = UnpackRow24Ssse3(row, count, planes);
+                row += 3 * x;
+            }
+#endif
+            for (; x < count; ++x, row += 3) {
                 blue[x] = row[0];
                 green[x] = row[1];
                 red[x] = row[2];
             }
             break;
+        }
         case 8:
             for (unsigned x = 0; x < count; ++x) {
                 const unsigned i = row[x];
@@ -110,7 +120,15 @@ private:
 void PackDibRow(const unsigned char* red, const unsigned char* green, const unsigned char* blue, int bitCount,
                 unsigned char* row, std::uint16_t count, NearestMemo* nearest) {
     if (bitCount == 24) {
-        for (unsigned x = 0; x < count; ++x, row += 3) {
+        unsigned x = 0;
+#if PRISM_X86
+        if (Simd().ssse3) {
+            const unsigned char* const planes[3] = {blue, green, red};
+            x = PackRow24Ssse3(planes, row, count);
+            row += 3 * x;
+        }
+#endif
+        for (; x < count; ++x, row += 3) {
             row[0] = blue[x];
             row[1] = green[x];
             row[2] = red[x];
@@ -261,13 +279,12 @@ PRISM_API HDIB WINAPI ScaleDIB(HDIB dib, int mode, int newWidth, int newHeight) 
     auto load = [&](std::uint16_t row, unsigned k) {
         const unsigned char* src = row < rowsInBlock ? view.Row(row) : zeroRow;
         UnpackDibRow(src, row < rowsInBlock ? sw : 0, bitCount, tableColors, red, green, blue);
-        unsigned char* planeOf[3] = {red, green, blue};
-        for (unsigned c = 0; c < 3; ++c) {
-            if (cubic)
-                ResampleRowCubic(productTable, tapTable, planeOf[c], line(c, k), nw);
-            else
-                ResampleRowLinear(productTable, tapTable, planeOf[c], line(c, k), nw);
-        }
+        const unsigned char* const planeOf[3] = {red, green, blue};
+        unsigned char* const lineOf[3] = {line(0, k), line(1, k), line(2, k)};
+        if (cubic)
+            ResampleRowCubic(productTable, tapTable, planeOf, lineOf, 3, nw);
+        else
+            ResampleRowLinear(productTable, tapTable, planeOf, lineOf, 3, nw);
     };
     auto copy = [&](unsigned from, unsigned to) {
         for (unsigned c = 0; c < 3; ++c) PlaneRowCopy(line(c, to), line(c, from), nw);

@@ -185,10 +185,12 @@ PRISM_API HDIB WINAPI ScaleGrayDIB(HDIB dib, int x0Arg, int y0Arg, int wArg, int
             FetchGreyRow(bytes, offset, w, planePixels);
         }
         PaletteToGreyRow(planePixels, static_cast<std::int32_t>(F), greyOf);
+        const unsigned char* const planes[1] = {planePixels};
+        unsigned char* const lines[1] = {line(k)};
         if (mode)
-            ResampleRowCubic(productTable, tapTable, planePixels, line(k), nw);
+            ResampleRowCubic(productTable, tapTable, planes, lines, 1, nw);
         else
-            ResampleRowLinear(productTable, tapTable, planePixels, line(k), nw);
+            ResampleRowLinear(productTable, tapTable, planes, lines, 1, nw);
     };
     auto copy = [&](unsigned from, unsigned to) { PlaneRowCopy(line(to), line(from), lineBytes); };
     unsigned char* outRow = output.data();

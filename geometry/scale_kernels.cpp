@@ -3,6 +3,7 @@
 #include "geometry/scale_kernels.h"
 
 #include "core/dib.h"
+#include "geometry/scale_simd.h"
 
 #include <cstring>
 
@@ -69,22 +70,36 @@ inline unsigned char Clamp(int v) { return static_cast<unsigned char>(v < 0 ? 0 
 inline unsigned Position(const unsigned char* e) { return e[0] | static_cast<unsigned>(e[1]) << 8; }
 }  // namespace
 
-void ResampleRowLinear(const unsigned char* product, const unsigned char* taps, const unsigned char* plane,
-                       unsigned char* line, std::uint16_t count) {
-    for (unsigned i = 0; i < count; ++i, taps += kLinearTapBytes) {
-        const unsigned char* p = plane + Position(taps);
-        const unsigned v = product[taps[2] << 8 | p[0]] + product[taps[3] << 8 | p[1]];
-        line[i] = static_cast<unsigned char>(v > 255 ? 255 : v);
+void ResampleRowLinear(const unsigned char* product, const unsigned char* taps, const unsigned char* const planes[],
+                       unsigned char* const lines[], unsigned planeCount, std::uint16_t count) {
+    unsigned done = 0;
+#if PRISM_X86
+    if (Simd().sse2) done = ResampleRowLinearSse2(taps, planes, lines, planeCount, count);
+#endif
+    for (unsigned c = 0; c < planeCount; ++c) {
+        const unsigned char* e = taps + done * kLinearTapBytes;
+        for (unsigned i = done; i < count; ++i, e += kLinearTapBytes) {
+            const unsigned char* p = planes[c] + Position(e);
+            const unsigned v = product[e[2] << 8 | p[0]] + product[e[3] << 8 | p[1]];
+            lines[c][i] = static_cast<unsigned char>(v > 255 ? 255 : v);
+        }
     }
 }
 
-void ResampleRowCubic(const unsigned char* product, const unsigned char* taps, const unsigned char* plane,
-                      unsigned char* line, std::uint16_t count) {
-    for (unsigned i = 0; i < count; ++i, taps += kCubicTapBytes) {
-        const unsigned char* p = plane + Position(taps);
-        const int v = product[taps[3] << 8 | p[0]] + product[taps[4] << 8 | p[1]] -
-                      product[taps[2] << 8 | p[-1]] - product[taps[5] << 8 | p[2]];
-        line[i] = Clamp(v);
+void ResampleRowCubic(const unsigned char* product, const unsigned char* taps, const unsigned char* const planes[],
+                      unsigned char* const lines[], unsigned planeCount, std::uint16_t count) {
+    unsigned done = 0;
+#if PRISM_X86
+    if (Simd().sse2) done = ResampleRowCubicSse2(taps, planes, lines, planeCount, count);
+#endif
+    for (unsigned c = 0; c < planeCount; ++c) {
+        const unsigned char* e = taps + done * kCubicTapBytes;
+        for (unsigned i = done; i < count; ++i, e += kCubicTapBytes) {
+            const unsigned char* p = planes[c] + Position(e);
+            const int v = product[e[3] << 8 | p[0]] + product[e[4] << 8 | p[1]] -
+                          product[e[2] << 8 | p[-1]] - product[e[5] << 8 | p[2]];
+            lines[c][i] = Clamp(v);
+        }
     }
 }
 
@@ -98,7 +113,11 @@ void BlendRowsLinear(const unsigned char* product, const unsigned char* line0, c
     }
     const unsigned char* t0 = product + ((~weight & 0xFFu) << 8);
     const unsigned char* t1 = product + ((weight & 0xFFu) << 8);
-    for (unsigned i = 0; i < count; ++i) {
+    unsigned i = 0;
+#if PRISM_X86
+    if (Simd().sse2) i = BlendRowsLinearSse2(line0, line1, out, count, ~weight & 0xFFu, weight & 0xFFu);
+#endif
+    for (; i < count; ++i) {
         const unsigned v = t0[line0[i]] + t1[line1[i]];
         out[i] = static_cast<unsigned char>(v > 255 ? 255 : v);
     }
@@ -114,7 +133,15 @@ void BlendRowsCubic(const unsigned char* product, const unsigned char* lines, un
     const unsigned char* t1 = product + ((w1 & 0xFFu) << 8);
     const unsigned char* t2 = product + ((w2 & 0xFFu) << 8);
     const unsigned char* t3 = product + ((w3 & 0xFFu) << 8);
-    for (unsigned i = 0; i < count; ++i) out[i] = Clamp(t2[l2[i]] - t3[l3[i]] + t1[l1[i]] - t0[l0[i]]);
+    unsigned i = 0;
+#if PRISM_X86
+    if (Simd().sse2) {
+        const unsigned char* const lines4[4] = {l0, l1, l2, l3};
+        const unsigned weights[4] = {w0 & 0xFFu, w1 & 0xFFu, w2 & 0xFFu, w3 & 0xFFu};
+        i = BlendRowsCubicSse2(lines4, out, count, weights);
+    }
+#endif
+    for (; i < count; ++i) out[i] = Clamp(t2[l2[i]] - t3[l3[i]] + t1[l1[i]] - t0[l0[i]]);
 }
 
 void PlaneRowCopy(unsigned char* target, const unsigned char* source, std::uint16_t count) {

@@ -29,12 +29,13 @@ struct CubicWeights {
 };
 CubicWeights CubicWeightsAt(double f);
 
-// `plane` points at pixel 0 of a plane with one guard byte before it and
-// three behind its last pixel.
-void ResampleRowLinear(const unsigned char* product, const unsigned char* taps, const unsigned char* plane,
-                       unsigned char* line, std::uint16_t count);
-void ResampleRowCubic(const unsigned char* product, const unsigned char* taps, const unsigned char* plane,
-                      unsigned char* line, std::uint16_t count);
+// Resamples `planeCount` planes (up to three) with one tap table, plane c
+// into line c.  A plane pointer is at pixel 0 of a plane with one guard
+// byte before it and three behind its last pixel.
+void ResampleRowLinear(const unsigned char* product, const unsigned char* taps, const unsigned char* const planes[],
+                       unsigned char* const lines[], unsigned planeCount, std::uint16_t count);
+void ResampleRowCubic(const unsigned char* product, const unsigned char* taps, const unsigned char* const planes[],
+                      unsigned char* const lines[], unsigned planeCount, std::uint16_t count);
 void BlendRowsLinear(const unsigned char* product, const unsigned char* line0, const unsigned char* line1,
                      unsigned char* out, std::uint16_t count, std::uint16_t weight);
 // `lines` holds four lines of `count` bytes, one after another.
@@ -67,27 +68,41 @@ private:
 // makes line k of every colour from source row `row`; `copy(from, to)` and
 // `fill(k)` move or clear line k of every colour; `emit(y, ...)` blends the
 // lines into result row y.
+//
+// Line 1 is made only when something reads it: an emit with a non-zero
+// weight (a zero weight gives line 0 as it stands) or the copy of line 1
+// to line 0 on the next source row.  At a factor of one half every row
+// weight is 0 and the lower line never needs making.
 template <class Load, class Copy, class Emit>
 void WalkRowsLinear(std::uint16_t sourceHeight, std::uint16_t newHeight, Load load, Copy copy, Emit emit) {
     std::uint16_t lastSourceRow = 0xFFFF;
+    std::int32_t pending = -1;  // the source row line 1 is still to be made from
+    auto settle = [&] {
+        if (pending >= 0) load(static_cast<std::uint16_t>(pending), 1);
+        pending = -1;
+    };
     for (std::uint32_t y = 0; y < newHeight; ++y) {
         const std::uint64_t t = static_cast<std::uint64_t>(y) * sourceHeight;
         const std::uint16_t sy = static_cast<std::uint16_t>(t / newHeight);
         if (sy != lastSourceRow) {
             // Taken in 32 bits, so the starting value never counts as the row before.
-            if (static_cast<std::uint32_t>(sy) == static_cast<std::uint32_t>(lastSourceRow) + 1)
+            if (static_cast<std::uint32_t>(sy) == static_cast<std::uint32_t>(lastSourceRow) + 1) {
+                settle();
                 copy(1, 0);
-            else
+            } else {
                 load(sy, 0);
+            }
             lastSourceRow = sy;
+            pending = -1;
             if (static_cast<std::uint32_t>(sy) + 1 < sourceHeight)
-                load(static_cast<std::uint16_t>(sy + 1), 1);
+                pending = sy + 1;
             else
                 copy(0, 1);
         }
         std::uint16_t weight =
             static_cast<std::uint16_t>(((t % newHeight) * 255 + newHeight / 2) / newHeight);
         if (static_cast<std::uint32_t>(sy) + 1 == sourceHeight) weight = 0;
+        if (weight != 0) settle();
         emit(y, weight);
     }
 }

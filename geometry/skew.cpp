@@ -191,6 +191,7 @@ HDIB Skew(HDIB dib, bool horizontal, int skewArg, int* error, int* corners) {
     if (newW > 0x7FFFFFFF || newH > 0x7FFFFFFF || !DibBlockBytes(newW, newH, depth, view.colors, &bytes))
         return fail(kErrMemory);
     OwnedBlock owned(AllocBlock(bytes));
+    if (owned) plat::SparseBlock(owned.get());  // the triangles beside the picture stay zero
     if (!owned) return fail(kErrMemory);
     BlockLock result(owned.get());
     if (!result) return fail(kErrLock);

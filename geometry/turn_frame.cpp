@@ -3,6 +3,7 @@
 
 #include "core/dib.h"
 #include "geometry/dib_copy.h"
+#include "geometry/turn_simd.h"
 
 #include <cstring>
 
@@ -11,6 +12,45 @@ namespace prism {
 // Bytes behind the result rows; the one-column shift of the 270-degree
 // turn can write its last pixel there.
 constexpr std::uint64_t kSpareBytes = 4;
+
+void MirrorRow8(const unsigned char* s, unsigned char* d, std::uint32_t width) {
+    std::uint32_t x = 0;
+#if PRISM_X86
+    if (Simd().ssse3) x = MirrorRow8Ssse3(s, d, width);
+#endif
+    std::reverse_copy(s, s + (width - x), d + x);
+}
+
+namespace {
+struct ReversedBytes {
+    unsigned char r[256];
+    ReversedBytes() {
+        for (unsigned v = 0; v < 256; ++v) {
+            unsigned b = 0;
+            for (unsigned k = 0; k < 8; ++k) b |= ((v >> k) & 1u) << (7 - k);
+            r[v] = static_cast<unsigned char>(b);
+        }
+    }
+};
+}  // namespace
+
+void MirrorBitsRow(const unsigned char* s, unsigned char* d, std::uint32_t width) {
+    static const ReversedBytes reversed;
+    const std::uint32_t bytes = (width + 7) / 8, unused = 8 * bytes - width;
+    for (std::uint32_t k = 0; k < bytes; ++k) {
+        const unsigned here = reversed.r[s[bytes - 1 - k]];
+        const unsigned next = k + 1 < bytes ? reversed.r[s[bytes - 2 - k]] : 0;
+        d[k] = static_cast<unsigned char>((here << unused | next >> (8 - unused)) & 0xFFu);
+    }
+}
+
+void MirrorRow24(const unsigned char* s, unsigned char* d, std::uint32_t width) {
+    std::uint32_t x = 0;
+#if PRISM_X86
+    if (Simd().ssse3) x = MirrorRow24Ssse3(s, d, width);
+#endif
+    for (; x < width; ++x) Pixel24::Copy(s, width - 1 - x, d, x);
+}
 
 HDIB TurnDib(HDIB dib, TurnShape shape, void (*move)(const TurnJob&)) {
     if (!dib) return nullptr;

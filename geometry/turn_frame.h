@@ -69,9 +69,21 @@ template <class Pixel>
 inline void MirrorRow(const unsigned char* s, unsigned char* d, std::uint32_t width) {
     for (std::uint32_t x = 0; x < width; ++x) Pixel::Copy(s, x, d, width - 1 - x);
 }
+// 8-bit and 24-bit rows take a vector kernel where the processor has one.
+void MirrorRow8(const unsigned char* s, unsigned char* d, std::uint32_t width);
+void MirrorRow24(const unsigned char* s, unsigned char* d, std::uint32_t width);
 template <>
 inline void MirrorRow<Pixel8>(const unsigned char* s, unsigned char* d, std::uint32_t width) {
-    std::reverse_copy(s, s + width, d);
+    MirrorRow8(s, d, width);
+}
+
+// One 1-bit row of `width` pixels mirrored into a zero-filled row: the
+// row's bytes reversed, each byte's bits reversed, then shifted left by the
+// unused bits of the last byte, which drop out.
+void MirrorBitsRow(const unsigned char* s, unsigned char* d, std::uint32_t width);
+template <>
+inline void MirrorRow<Pixel24>(const unsigned char* s, unsigned char* d, std::uint32_t width) {
+    MirrorRow24(s, d, width);
 }
 
 }  // namespace prism

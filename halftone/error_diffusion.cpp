@@ -78,25 +78,36 @@ inline int QuantiseJJN(std::int16_t* const rows[3], int x, int shift, int top) {
 
 }  // namespace
 
+// The cells each pixel reads and writes stay in registers: its own value,
+// and the three cells of the next row it may store, which become final one
+// pixel later.  No branch depends on the pixel: an error of 0 adds 0 to the
+// right and leaves the stored cells as they were, by selection.  Every cell
+// stored lies where the spread itself may store.
 void DiffuseRowFS1(std::int16_t* cur, std::int16_t* next, unsigned char* out, int width) {
+    if (width <= 0) return;
     BitPacker bits(out);
+    int value = cur[0];
+    std::int16_t below0 = next[-1], below1 = next[0], below2 = next[1];
     for (int x = 0; x < width; ++x) {
-        int v = cur[x];
-        unsigned bit = 0;
-        if (v > 128) {  // the threshold is 129
-            bit = 1;
-            v -= 255;
-        }
+        const unsigned bit = value > 128 ? 1u : 0u;  // the threshold is 129
+        const int v = value - (bit ? 255 : 0);
         bits.Put(bit);
-        if (v != 0) {
-            cur[x + 1] = Cell(cur[x + 1] + 7 * v / 16);
-            // Stores, not additions: pixel x+1 overwrites what pixel x left
-            // at next[x] and next[x+1].
-            next[x - 1] = Cell(3 * v / 16);
-            next[x] = Cell(5 * v / 16);
-            next[x + 1] = Cell(v / 16);
-        }
+        const bool spread = v != 0;
+        const std::int16_t right = Cell(cur[x + 1] + 7 * v / 16);
+        if (spread) cur[x + 1] = right;
+        // Stores, not additions: pixel x+1 overwrites what pixel x left
+        // at next[x] and next[x+1].
+        below0 = spread ? Cell(3 * v / 16) : below0;
+        below1 = spread ? Cell(5 * v / 16) : below1;
+        below2 = spread ? Cell(v / 16) : below2;
+        next[x - 1] = below0;
+        below0 = below1;
+        below1 = below2;
+        below2 = x + 2 <= width ? next[x + 2] : 0;
+        value = right;
     }
+    next[width - 1] = below0;
+    next[width] = below1;
     bits.Finish();
 }
 

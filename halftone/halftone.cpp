@@ -3,8 +3,10 @@
 #include "halftone/dither.h"
 
 #include "core/dib.h"
+#include "halftone/halftone_simd.h"
 #include "platform/export.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace prism {
@@ -82,6 +84,7 @@ struct GreyRows {
     SourceRows src;
     unsigned char level[256] = {};  // palette index (4 and 8 bits) to grey
     unsigned char adjust[256] = {}; // plain grey to grey after brightness
+    int brightness = 0;
 
     void Row(std::int64_t y, unsigned char* grey) const {
         const int w = static_cast<int>(width);
@@ -100,7 +103,21 @@ struct GreyRows {
             std::uint64_t j = p / splitRow;
             std::uint64_t c = p % splitRow;
             const unsigned char* row = j < static_cast<std::uint64_t>(height) ? src.Row(static_cast<std::int64_t>(j)) : nullptr;
-            for (int x = 0; x < w; ++x, ++c) {
+            if (!row) {
+                // Rows past the last split row read as zero, and so do all after them.
+                std::memset(grey, adjust[0], static_cast<size_t>(w));
+                return;
+            }
+            int x = 0;
+#if PRISM_X86
+            // The stretch of the row before the walk reaches the split row's end.
+            if (Simd().ssse3) {
+                const std::uint64_t run = std::min<std::uint64_t>(splitRow - c, static_cast<std::uint64_t>(w));
+                x = static_cast<int>(HalftoneGrey24Ssse3(row + 3 * c, grey, static_cast<std::uint32_t>(run), brightness));
+                c += static_cast<std::uint64_t>(x);
+            }
+#endif
+            for (; x < w; ++x, ++c) {
                 if (c == splitRow) {
                     ++j;
                     c = 0;
@@ -160,6 +177,7 @@ HDIB HalftoneImage(HDIB dib, WORD method, int brightness, WORD* error) {
     rows.src.start = kInfoHeaderSize + DibPaletteSize(&h);
     rows.src.stride = DibRowBytes(width, depth);
     rows.src.length = depth == 24 ? 3 * rows.splitRow : DibRowBytes(width, depth);
+    rows.brightness = brightness;
     for (int g = 0; g < 256; ++g) {
         std::int64_t v = static_cast<std::int64_t>(g) + brightness;
         rows.adjust[g] = static_cast<unsigned char>(v < 0 ? 0 : v > 255 ? 255 : v);
@@ -211,6 +229,9 @@ HDIB HalftoneImage(HDIB dib, WORD method, int brightness, WORD* error) {
         const unsigned char* t = screen + 16 * (y & 15);
         unsigned acc = 0;
         int x = 0;
+#if PRISM_X86
+        if (Simd().sse2) x = static_cast<int>(HalftoneBitsSse2(grey, out, static_cast<std::uint32_t>(w), method == 0 ? nullptr : t));
+#endif
         for (; x < w; ++x) {
             // The threshold is 129; the screen column counts from the row start.
             const bool white = method == 0 ? grey[x] > 128 : t[x & 15] < grey[x];

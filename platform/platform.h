@@ -71,6 +71,13 @@ private:
     std::uintptr_t previous_;
 };
 
+// ---- memory ----------------------------------------------------------------
+// Tells the block layer that a new block will be written only in parts
+// (the corners of a turned picture, the worst case of a coder): pages
+// never written should take no memory.  Call before the first write.
+// Nothing to do on Windows.
+void SparseBlock(HGLOBAL block);
+
 // GetVersion: the high bit is set on a host without the NT kernel.
 std::uint32_t VersionWord();
 

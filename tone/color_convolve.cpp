@@ -4,6 +4,7 @@
 #include "platform/export.h"
 #include "tone/convolve.h"
 #include "tone/tone_internal.h"
+#include "tone/tone_simd.h"
 
 #include <algorithm>
 #include <cstring>
@@ -15,12 +16,17 @@ namespace {
 // Mode 1: (8 blue + 15 green + 3 red) / 26, the reverse weighting of the
 // grey conversion; any other mode: the plain mean.
 void Brightness(const unsigned char* src, int mode, std::int64_t width, std::int16_t* out) {
+    std::int64_t x = 0;
+#if PRISM_X86
+    if (Simd().ssse3) x = BrightnessRow24Ssse3(src, out, static_cast<std::uint32_t>(width), mode == 1);
+    src += 3 * x;
+#endif
     if (mode == 1) {
         const unsigned char* q = DivideBy26Table();
-        for (std::int64_t x = 0; x < width; ++x, src += 3) out[x] = q[8 * src[0] + 15 * src[1] + 3 * src[2]];
+        for (; x < width; ++x, src += 3) out[x] = q[8 * src[0] + 15 * src[1] + 3 * src[2]];
     } else {
         const unsigned char* q = DivideBy3Table();
-        for (std::int64_t x = 0; x < width; ++x, src += 3) out[x] = q[src[0] + src[1] + src[2]];
+        for (; x < width; ++x, src += 3) out[x] = q[src[0] + src[1] + src[2]];
     }
 }
 
@@ -198,6 +204,10 @@ PRISM_API HDIB WINAPI ColorConvolution(HDIB dib, BOOL copy, int brightnessMode, 
     const int half = n / 2;
     const EdgePlan plan = PlanEdges(f, W, true);
     const QuotientTable divide(f.divisor);
+#if PRISM_X86
+    LaneDivisor lanes;
+    const bool vector = Simd().ssse3 && MakeLaneDivisor(f.divisor, &lanes);
+#endif
     std::int16_t* block = static_cast<std::int16_t*>(ringLock.get());
     std::int16_t* roles[7] = {};
     for (std::int64_t y = -half; y < H + half; ++y) {
@@ -219,7 +229,11 @@ PRISM_API HDIB WINAPI ColorConvolution(HDIB dib, BOOL copy, int brightnessMode, 
         const std::int16_t* bright = roles[0] + W;
         const unsigned char* from = srcBits + static_cast<size_t>(y - half) * stride;
         unsigned char* to = dstBits + static_cast<size_t>(y - half) * stride;
-        for (std::int64_t x = 0; x < W; ++x) {
+        std::int64_t x = 0;
+#if PRISM_X86
+        if (vector) x = ColorOutputRowSsse3(acc, bright, from, to, static_cast<std::uint32_t>(W), lanes);
+#endif
+        for (; x < W; ++x) {
             const std::int16_t v = static_cast<std::int16_t>(divide(acc[x]));
             const std::int16_t d = static_cast<std::int16_t>(v - bright[x]);
             for (int b = 0; b < 3; ++b) {

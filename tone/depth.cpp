@@ -2,6 +2,7 @@
 // grey with optional smoothing.
 #include "platform/export.h"
 #include "tone/tone_internal.h"
+#include "tone/tone_simd.h"
 
 #include <algorithm>
 #include <cstring>
@@ -303,7 +304,12 @@ PRISM_API HDIB WINAPI ConvColorDIBtoGrayscale(HDIB dib, int smoothing, BOOL weig
         for (std::int64_t y = 0; y < H; ++y) {
             const unsigned char* s = srcBits + static_cast<size_t>(y) * srcStride;
             unsigned char* d = pixels + static_cast<size_t>(y) * outStride;
-            for (std::int64_t x = 0; x < W; ++x, s += 3) d[x] = Grey(s[0], s[1], s[2], luminance);
+            std::int64_t x = 0;
+#if PRISM_X86
+            if (Simd().ssse3) x = GreyRow24Ssse3(s, d, static_cast<std::uint32_t>(W), luminance);
+            s += 3 * x;
+#endif
+            for (; x < W; ++x, s += 3) d[x] = Grey(s[0], s[1], s[2], luminance);
         }
     } else {
         // The colour table of a 1-bit image plays no part: a set bit is bright.

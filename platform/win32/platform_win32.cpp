@@ -94,4 +94,7 @@ unsigned ProfileString(const char* section, const char* key, const char* fallbac
     return ::GetPrivateProfileStringA(section, key, fallback, buffer, size, fileName);
 }
 
+// The system's blocks commit their pages as they are touched already.
+void SparseBlock(HGLOBAL) {}
+
 }  // namespace plat

@@ -27,6 +27,46 @@ TEST(Blocks, ZeroInitLockCountsReAllocAndSize) {
     EXPECT_EQ(GlobalFree(shrunk), nullptr);
 }
 
+// Image-sized blocks live apart from small ones: a block resized across
+// that line, up and down, keeps its bytes, is zero-filled where it grew,
+// and can be written to its last byte.
+TEST(Blocks, ReAllocAcrossTheLargeBlockLineKeepsContents) {
+    const SIZE_T mib = SIZE_T(1) << 20;
+    const SIZE_T sizes[] = {5 * mib + 3, 9 * mib + 1, 6 * mib, 100, 7 * mib + 4095, 8 * mib};
+    SIZE_T size = 16;
+    HGLOBAL block = GlobalAlloc(GHND, size);
+    ASSERT_NE(block, nullptr);
+    auto pattern = [](SIZE_T i) { return static_cast<unsigned char>(i * 31 ^ (i >> 12)); };
+    for (SIZE_T next : sizes) {
+        unsigned char* p = static_cast<unsigned char*>(GlobalLock(block));
+        for (SIZE_T i = 0; i < size; ++i) p[i] = pattern(i);
+        GlobalUnlock(block);
+        block = GlobalReAlloc(block, next, GMEM_MOVEABLE | GMEM_ZEROINIT);
+        ASSERT_NE(block, nullptr) << next;
+        ASSERT_EQ(GlobalSize(block), next);
+        p = static_cast<unsigned char*>(GlobalLock(block));
+        for (SIZE_T i = 0; i < next; ++i) ASSERT_EQ(p[i], i < size ? pattern(i) : 0) << next << " at " << i;
+        GlobalUnlock(block);
+        size = next;
+    }
+    EXPECT_EQ(GlobalFree(block), nullptr);
+}
+
+// A large block written, freed and made again at a size near it, the
+// memory of the first may come back: zero-filled when asked, every byte.
+TEST(Blocks, LargeBlockMadeAgainIsZeroFilled) {
+    const SIZE_T sizes[] = {(SIZE_T(6) << 20) + 5, (SIZE_T(5) << 20) + 1, (SIZE_T(6) << 20) + 5};
+    for (SIZE_T size : sizes) {
+        HGLOBAL block = GlobalAlloc(GHND, size);
+        ASSERT_NE(block, nullptr);
+        unsigned char* p = static_cast<unsigned char*>(GlobalLock(block));
+        for (SIZE_T i = 0; i < size; ++i) ASSERT_EQ(p[i], 0) << size << " at " << i;
+        std::memset(p, 0xC3, size);
+        GlobalUnlock(block);
+        GlobalFree(block);
+    }
+}
+
 #ifndef _WIN32
 // The handle table tells a freed, empty or made-up handle from a live one.
 TEST(Blocks, DeadEmptyForgedAndImpossibleBlocks) {
