@@ -2,7 +2,7 @@
 // DIB operations, palettes, and handles that name no bitmap.  Runs in the
 // Windows build under wine, whose display is true colour (32 bits a pixel,
 // no palette); the tests that rely on that say so.
-#include "support/test_support.h"
+#include "support/device_support.h"
 
 #include <gtest/gtest.h>
 
@@ -14,41 +14,9 @@ using namespace testing_support;
 
 namespace {
 
-using Colors = std::vector<std::uint32_t>;
-
 int Width(const Bytes& dib) { return static_cast<int>(dib[4] | dib[5] << 8 | dib[6] << 16); }
 int Height(const Bytes& dib) { return static_cast<int>(dib[8] | dib[9] << 8 | dib[10] << 16); }
 int Depth(const Bytes& dib) { return dib[14]; }
-
-// Every pixel's colour, 0xRRGGBB, top row first, through the colour table.
-Colors ColorsOf(const Bytes& dib) {
-    Colors c;
-    for (int y = Height(dib) - 1; y >= 0; --y)
-        for (int x = 0; x < Width(dib); ++x) {
-            const unsigned v = PixelAt(dib, x, y);
-            if (Depth(dib) > 8) {
-                c.push_back(v);
-                continue;
-            }
-            const unsigned char* q = dib.data() + 40 + 4 * v;
-            c.push_back(q[2] << 16 | q[1] << 8 | q[0]);
-        }
-    return c;
-}
-
-// The same, as the graphics system reads it from a device bitmap.
-Colors ColorsOf(HBITMAP bitmap) {
-    BITMAP bm = {};
-    GetObjectA(bitmap, sizeof(bm), &bm);
-    BITMAPINFO info = {};
-    info.bmiHeader = BITMAPINFOHEADER{40, bm.bmWidth, -bm.bmHeight, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
-    Colors c(static_cast<size_t>(bm.bmWidth) * bm.bmHeight);
-    HDC screen = GetDC(nullptr);
-    GetDIBits(screen, bitmap, 0, bm.bmHeight, c.data(), &info, DIB_RGB_COLORS);
-    ReleaseDC(nullptr, screen);
-    for (auto& v : c) v &= 0xFFFFFF;
-    return c;
-}
 
 Bytes Take(HDIB dib) {
     Bytes b = BlockBytes(dib);

@@ -3,7 +3,7 @@
 // against the image through the mapping, the bars, and direct painting
 // with and without the low-memory stretchers.  Under wine and Xvfb; the
 // window is made once and reused (destroying one is slow there).
-#include "support/test_support.h"
+#include "support/device_support.h"
 
 #include <gtest/gtest.h>
 
@@ -16,7 +16,7 @@ using namespace testing_support;
 
 namespace {
 
-using Pixels = std::vector<std::uint32_t>;
+using Pixels = Colors;
 constexpr std::uint32_t kBrush = 0x102030;  // the class background, 0xRRGGBB
 
 DisplayState gState;
@@ -68,25 +68,6 @@ void Settle(HWND w) {
     MSG m;
     while (PeekMessageA(&m, w, 0, 0, PM_REMOVE)) DispatchMessageA(&m);
     UpdateWindow(w);
-}
-
-// The client area as the screen shows it, 0xRRGGBB, top row first.
-Pixels Capture(HWND w, RECT* client) {
-    GetClientRect(w, client);
-    BITMAPINFO info = {};
-    info.bmiHeader = BITMAPINFOHEADER{40, client->right, -client->bottom, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
-    void* bits = nullptr;
-    HDC dc = GetDC(w), mem = CreateCompatibleDC(dc);
-    HBITMAP section = CreateDIBSection(dc, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
-    HGDIOBJ old = SelectObject(mem, section);
-    BitBlt(mem, 0, 0, client->right, client->bottom, dc, 0, 0, SRCCOPY);
-    Pixels p(static_cast<std::uint32_t*>(bits), static_cast<std::uint32_t*>(bits) + client->right * client->bottom);
-    for (auto& v : p) v &= 0xFFFFFF;
-    SelectObject(mem, old);
-    DeleteObject(section);
-    DeleteDC(mem);
-    ReleaseDC(w, dc);
-    return p;
 }
 
 // An image whose every pixel differs from its neighbours and the brush.
@@ -160,7 +141,7 @@ TEST(WindowDisplay, ClientAreaShowsTheImageThroughTheMapping) {
         const int zoom[4] = {c.num, c.den, c.num, c.den};
         Shown shown(dib, zoom, c.flags);
         RECT client;
-        const Pixels got = Capture(shown.window, &client);
+        const Pixels got = ColorsOf(shown.window, &client);
         EXPECT_EQ(got, Expected(dib, client, Offset(gState.windowOrgX, c.num, c.den), Offset(gState.windowOrgY, c.num, c.den),
                                 c.num, c.den, c.flags & DF_NEGATIVE));
         // Scroll ranges: the image's device size less the client size, or
@@ -207,13 +188,13 @@ TEST(WindowDisplay, ScrollCodesMoveThePictureAndRepaintWhatTheyUncover) {
         if (s.target >= 0) (s.vertical ? y : x) = s.target;
         EXPECT_EQ(gState.scrollX, x);
         EXPECT_EQ(gState.scrollY, y);
-        EXPECT_EQ(Capture(shown.window, &client), Expected(dib, client, x, y, 1, 1, false));
+        EXPECT_EQ(ColorsOf(shown.window, &client), Expected(dib, client, x, y, 1, 1, false));
         EXPECT_EQ(GetScrollPos(shown.window, s.vertical ? SB_VERT : SB_HORZ), s.vertical ? y : x);
     }
     const int to[2] = {41, 33};
     EXPECT_EQ(DisplaySetScrollPos(shown.window, &gState, to), 0);
     Settle(shown.window);
-    EXPECT_EQ(Capture(shown.window, &client), Expected(dib, client, 41, 33, 1, 1, false));
+    EXPECT_EQ(ColorsOf(shown.window, &client), Expected(dib, client, 41, 33, 1, 1, false));
 }
 
 TEST(WindowDisplay, FitAndCentrePlaceTheImageAsTheClientAllows) {
@@ -224,7 +205,7 @@ TEST(WindowDisplay, FitAndCentrePlaceTheImageAsTheClientAllows) {
     const Bytes quarter = PackedDib({60, 40, 24}, Pattern);
     {
         Shown shown(quarter, nullptr, DF_FIT);
-        const Pixels got = Capture(w, &client);
+        const Pixels got = ColorsOf(w, &client);
         ASSERT_EQ(client.right * 1000 + client.bottom, 240160) << "the window was not given its size";
         EXPECT_EQ(got, Expected(quarter, client, 0, 0, 4, 1, false));
     }
@@ -234,7 +215,7 @@ TEST(WindowDisplay, FitAndCentrePlaceTheImageAsTheClientAllows) {
     Shown shown(small, nullptr, DF_CENTRE);
     EXPECT_EQ(gState.scrollX, -1);
     EXPECT_EQ(gState.centreX, (30 - client.right) / 2);
-    EXPECT_EQ(Capture(w, &client), Expected(small, client, gState.windowOrgX, gState.windowOrgY, 1, 1, false));
+    EXPECT_EQ(ColorsOf(w, &client), Expected(small, client, gState.windowOrgX, gState.windowOrgY, 1, 1, false));
     EXPECT_EQ(gState.windowOrgX, gState.centreX - 1);
 }
 
@@ -251,7 +232,7 @@ TEST(DirectPaint, LowMemoryStretchersDrawWhatTheGraphicsSystemDraws) {
         InvalidateRect(w, nullptr, FALSE);
         DisplayDIBImage(w, block, position, zoom, 0);
         RECT client;
-        Pixels p = Capture(w, &client);
+        Pixels p = ColorsOf(w, &client);
         // The stretchers sample pixel centres (0, 1, 1, 2, 2...); the
         // graphics system repeats (0, 0, 1, 1...).  Around the image is
         // the paint context's own brush, white.

@@ -1,7 +1,7 @@
 // Metafiles, clipboard files, text drawn as images and the clipboard's
 // metafile pictures, under wine (true-colour display, 96 dots per inch, a
 // default memory-context font 16 pixels a line).
-#include "support/test_support.h"
+#include "support/device_support.h"
 
 #include <gtest/gtest.h>
 
@@ -13,10 +13,7 @@ using namespace testing_support;
 
 namespace {
 
-using Colors = std::vector<std::uint32_t>;
-
 int Width(const Bytes& dib) { return dib[4] | dib[5] << 8; }
-int Height(const Bytes& dib) { return dib[8] | dib[9] << 8; }
 
 void Put(Bytes* b, std::uint32_t v, int n) {
     for (int i = 0; i < n; ++i) b->push_back(static_cast<unsigned char>(v >> (8 * i)));
@@ -25,34 +22,6 @@ std::uint32_t Le(const Bytes& b, size_t at, int n) {
     std::uint32_t v = 0;
     for (int i = n - 1; i >= 0; --i) v = v << 8 | b[at + i];
     return v;
-}
-
-// Every pixel of a DIB, 0xRRGGBB, top row first, through its colour table.
-Colors ColorsOf(const Bytes& dib) {
-    Colors c;
-    const int depth = dib[14];
-    for (int y = Height(dib) - 1; y >= 0; --y)
-        for (int x = 0; x < Width(dib); ++x) {
-            const unsigned v = PixelAt(dib, x, y);
-            const unsigned char* q = dib.data() + 40 + 4 * v;
-            c.push_back(depth > 8 ? v : static_cast<std::uint32_t>(q[2] << 16 | q[1] << 8 | q[0]));
-        }
-    return c;
-}
-
-// The same as the graphics system reads a device bitmap; also its size.
-Colors ColorsOf(HBITMAP bitmap, SIZE* size = nullptr) {
-    BITMAP bm = {};
-    GetObjectA(bitmap, sizeof(bm), &bm);
-    if (size) *size = SIZE{bm.bmWidth, bm.bmHeight};
-    BITMAPINFO info = {};
-    info.bmiHeader = BITMAPINFOHEADER{40, bm.bmWidth, -bm.bmHeight, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
-    Colors c(static_cast<size_t>(bm.bmWidth) * bm.bmHeight);
-    HDC screen = GetDC(nullptr);
-    GetDIBits(screen, bitmap, 0, bm.bmHeight, c.data(), &info, DIB_RGB_COLORS);
-    ReleaseDC(nullptr, screen);
-    for (auto& v : c) v &= 0xFFFFFF;
-    return c;
 }
 
 int ScreenCaps(int index) {

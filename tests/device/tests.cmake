@@ -14,7 +14,8 @@ endif()
 # The printing tests draw the library's own dialogs, so the test program
 # carries the dialog templates too, and it compares them with the DLL's.
 if(WIN32 AND TARGET prism_tests)
-  target_sources(prism_tests PRIVATE ${PROJECT_SOURCE_DIR}/print/print.rc ${CMAKE_CURRENT_SOURCE_DIR}/device/test_printer.cpp)
+  target_sources(prism_tests PRIVATE ${PROJECT_SOURCE_DIR}/print/print.rc ${CMAKE_CURRENT_SOURCE_DIR}/device/test_printer.cpp
+                 ${CMAKE_CURRENT_SOURCE_DIR}/support/device_support.cpp)
   target_compile_definitions(prism_tests PRIVATE PRISM_DLL_FILE="$<TARGET_FILE:prism32>")
   target_link_libraries(prism_tests PRIVATE winspool)
   add_dependencies(prism_tests prism32)
