@@ -66,6 +66,11 @@ int RunScripted(const Options& o, HINSTANCE instance) {
     bool ok = OpenImage(v, o.file, &error);
     if (ok && o.scroll) ScrollTo(v, o.scrollX, o.scrollY);
     if (ok) Gestures(v, o);
+    if (ok && o.print) {
+        const int code = PrintImage(v, false);
+        if (code) error = PrintFailure(code);
+        ok = code == 0;
+    }
     if (ok) {
         UpdateWindow(v.window);
         DispatchPending();

@@ -9,7 +9,7 @@ namespace viewer {
 const char kUsage[] =
     "usage: prismview [FILE] [--size WxH] [--fit] [--zoom N/D] [--scroll X,Y] [--centre]\n"
     "                 [--negative] [--lowmem] [--band X0,Y0,X1,Y1] [--step in|out]...\n"
-    "                 [--lens X,Y] [--screenshot OUT.bmp]\n"
+    "                 [--lens X,Y] [--print] [--screenshot OUT.bmp]\n"
     "  --size WxH        client area in pixels (default 800x600)\n"
     "  --fit             the whole image in the window (the default without --zoom)\n"
     "  --zoom N/D        N/D device pixels per image pixel\n"
@@ -20,6 +20,7 @@ const char kUsage[] =
     "  --band X0,Y0,X1,Y1  drag a zoom band between two client points (as Ctrl and the left button)\n"
     "  --step in|out     one step of the zoom table (as the wheel or + and -); may be repeated\n"
     "  --lens X,Y        the magnifier at a client point (as View > Magnifier)\n"
+    "  --print           also print the image on the default printer, centred and fitted\n"
     "  --screenshot OUT  open, paint, save the client area as a BMP file and exit:\n"
     "                    0 when done, 1 with the library's error text on stderr\n";
 
@@ -84,6 +85,8 @@ bool ParseOptions(const std::vector<std::string>& args, Options* o, std::string*
         } else if (a == "--lens" && hasValue) {
             if (!ParsePair(value(), ',', &o->lensX, &o->lensY)) return *error = "--lens wants X,Y", false;
             o->lens = true;
+        } else if (a == "--print") {
+            o->print = true;
         } else if (a == "--screenshot" && hasValue) {
             o->screenshot = value();
         } else if (a.compare(0, 2, "--") == 0) {

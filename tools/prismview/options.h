@@ -19,6 +19,7 @@ struct Options {
     std::vector<int> steps;         // zoom steps: 1 in, -1 out
     bool lens = false;
     int lensX = 0, lensY = 0;
+    bool print = false;             // print to the default printer (scripted)
     std::string screenshot;         // scripted mode when set
     bool help = false;
 };

@@ -6,6 +6,8 @@
 
 #define IDM_OPEN 101
 #define IDM_EXIT 102
+#define IDM_PRINT 103
+#define IDM_PRINTER_SETUP 104
 
 #define IDM_FIT 201
 #define IDM_ACTUAL 202

@@ -51,6 +51,11 @@ void ZoomStep(Viewer& v, int direction, const POINT* about = nullptr);
 void SetLens(Viewer& v, bool on);
 void LensAt(Viewer& v, POINT at);
 
+// printing.cpp
+int PrintImage(Viewer& v, bool ask);
+std::string PrintFailure(int code);
+void SetUpPrinter(Viewer& v);
+
 // screenshot.cpp
 bool SaveClientArea(HWND window, const std::string& path, std::string* error);
 

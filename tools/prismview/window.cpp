@@ -96,6 +96,10 @@ LRESULT OnCommand(Viewer& v, int id) {
     switch (id) {
         case IDM_OPEN: OpenWithDialog(v); return 0;
         case IDM_EXIT: DestroyWindow(v.window); return 0;
+        case IDM_PRINT:
+            if (const int code = PrintImage(v, true)) ShowError(v.window, PrintFailure(code));
+            return 0;
+        case IDM_PRINTER_SETUP: SetUpPrinter(v); return 0;
         case IDM_FIT: s.fit = true; break;
         case IDM_ACTUAL: s.fit = false; s.zoomNum = s.zoomDen = 1; break;
         case IDM_ZOOM_IN: ZoomStep(v, 1); return 0;
