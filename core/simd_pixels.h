@@ -81,6 +81,48 @@ __attribute__((target("sse2"))) inline __m128i Weigh3(__m128i a, __m128i b, __m1
                          _mm_mullo_epi16(c16, _mm_set1_epi16(static_cast<short>(wc))));
 }
 
+// Shuffle orders taking eight 24-bit pixels, which start at byte 8 * half
+// of the first of two 16-byte chunks, to 16-bit lanes: kWeigh24[half][0]
+// gives (blue, green) byte pairs, kWeigh24[half][1] gives (red, 0);
+// [chunk] is the order applied to that chunk, -128 where the byte lies in
+// the other one.
+struct Weigh24Orders {
+    alignas(16) signed char order[2][2][2][16];
+    constexpr Weigh24Orders() : order() {
+        for (int half = 0; half < 2; ++half)
+            for (int kind = 0; kind < 2; ++kind)
+                for (int chunk = 0; chunk < 2; ++chunk)
+                    for (int j = 0; j < 16; ++j) {
+                        const int pixel = j / 2, colour = kind == 0 ? j % 2 : (j % 2 ? -1 : 2);
+                        const int from = 8 * half + 3 * pixel + colour - 16 * chunk;
+                        const bool here = colour >= 0 && from >= 0 && from < 16;
+                        order[half][kind][chunk][j] = static_cast<signed char>(here ? from : -128);
+                    }
+    }
+};
+inline constexpr Weigh24Orders kWeigh24{};
+
+// blue * wb + green * wg + red * wr of sixteen 24-bit pixels at p (48
+// bytes), pixels 0..7 in sum[0] and 8..15 in sum[1], in 16-bit lanes.  The
+// weights are below 128 and each (blue, green) pair's sum stays below 32768.
+__attribute__((target("ssse3"))) inline void WeighPixels24(const unsigned char* p, int wb, int wg, int wr,
+                                                           __m128i sum[2]) {
+    const __m128i chunk[3] = {_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)),
+                              _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 16)),
+                              _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 32))};
+    const __m128i blueGreen = _mm_set1_epi16(static_cast<short>(wb | wg << 8));
+    const __m128i red = _mm_set1_epi16(static_cast<short>(wr));
+    for (int half = 0; half < 2; ++half) {
+        const __m128i* bg = reinterpret_cast<const __m128i*>(kWeigh24.order[half][0]);
+        const __m128i* r = reinterpret_cast<const __m128i*>(kWeigh24.order[half][1]);
+        const __m128i pairs = _mm_or_si128(_mm_shuffle_epi8(chunk[half], _mm_load_si128(bg)),
+                                           _mm_shuffle_epi8(chunk[half + 1], _mm_load_si128(bg + 1)));
+        const __m128i reds = _mm_or_si128(_mm_shuffle_epi8(chunk[half], _mm_load_si128(r)),
+                                          _mm_shuffle_epi8(chunk[half + 1], _mm_load_si128(r + 1)));
+        sum[half] = _mm_add_epi16(_mm_maddubs_epi16(pairs, blueGreen), _mm_mullo_epi16(reds, red));
+    }
+}
+
 // The quotient of each unsigned 16-bit lane by a constant, as
 // (v * multiplier) >> (16 + shift); the pairs used are checked exhaustively
 // over their ranges where they are defined.

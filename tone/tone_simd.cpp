@@ -7,37 +7,46 @@
 namespace prism {
 namespace tone {
 
-// Sixteen pixels per step, sums in 16-bit lanes (at most 26 * 255), the
-// quotients exact.
-__attribute__((target("ssse3"))) std::uint32_t GreyRow24Ssse3(const unsigned char* s, unsigned char* d,
-                                                             std::uint32_t count, bool weighted) {
-    const int wb = weighted ? 3 : 1, wg = weighted ? 15 : 1, wr = weighted ? 8 : 1;
+namespace {
+
+// Sixteen quotients, lanes lo then hi, as bytes or as 16-bit values.
+__attribute__((target("sse2"))) inline void Put16(unsigned char* d, __m128i lo, __m128i hi) {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(d), _mm_packus_epi16(lo, hi));
+}
+__attribute__((target("sse2"))) inline void Put16(std::int16_t* d, __m128i lo, __m128i hi) {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(d), lo);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(d + 8), hi);
+}
+
+// Sixteen pixels per step: weighted sums in 16-bit lanes (at most 26 * 255)
+// and their exact quotients by 26 (weighted) or 3.
+template <class Out>
+__attribute__((target("ssse3"))) inline std::uint32_t WeighRow24(const unsigned char* s, Out* d, std::uint32_t count,
+                                                                bool weighted, int wb, int wr) {
+    const int wg = weighted ? 15 : 1;
+    if (!weighted) wb = wr = 1;
     const int multiplier = weighted ? 10083 : 21846, shift = weighted ? 2 : 0;  // by 26, by 3
     std::uint32_t x = 0;
     for (; x + 16 <= count; x += 16) {
-        __m128i bgr[3];
-        Split24(s + 3 * x, bgr);
-        const __m128i lo = DivideLanes(Weigh3(bgr[0], bgr[1], bgr[2], wb, wg, wr, false), multiplier, shift);
-        const __m128i hi = DivideLanes(Weigh3(bgr[0], bgr[1], bgr[2], wb, wg, wr, true), multiplier, shift);
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(d + x), _mm_packus_epi16(lo, hi));
+        __m128i sum[2];
+        WeighPixels24(s + 3 * x, wb, wg, wr, sum);
+        Put16(d + x, DivideLanes(sum[0], multiplier, shift), DivideLanes(sum[1], multiplier, shift));
     }
     return x;
 }
 
+}  // namespace
+
+// Grey: (3 blue + 15 green + 8 red) / 26, or the mean.
+__attribute__((target("ssse3"))) std::uint32_t GreyRow24Ssse3(const unsigned char* s, unsigned char* d,
+                                                             std::uint32_t count, bool weighted) {
+    return WeighRow24(s, d, count, weighted, 3, 8);
+}
+
+// Brightness: (8 blue + 15 green + 3 red) / 26, or the mean.
 __attribute__((target("ssse3"))) std::uint32_t BrightnessRow24Ssse3(const unsigned char* s, std::int16_t* out,
                                                                    std::uint32_t count, bool weighted) {
-    const int wb = weighted ? 8 : 1, wg = weighted ? 15 : 1, wr = weighted ? 3 : 1;
-    const int multiplier = weighted ? 10083 : 21846, shift = weighted ? 2 : 0;  // by 26, by 3
-    std::uint32_t x = 0;
-    for (; x + 16 <= count; x += 16) {
-        __m128i bgr[3];
-        Split24(s + 3 * x, bgr);
-        const __m128i lo = DivideLanes(Weigh3(bgr[0], bgr[1], bgr[2], wb, wg, wr, false), multiplier, shift);
-        const __m128i hi = DivideLanes(Weigh3(bgr[0], bgr[1], bgr[2], wb, wg, wr, true), multiplier, shift);
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + x), lo);
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + x + 8), hi);
-    }
-    return x;
+    return WeighRow24(s, out, count, weighted, 8, 3);
 }
 
 bool MakeLaneDivisor(std::int64_t divisor, LaneDivisor* out) {
