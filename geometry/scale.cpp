@@ -284,7 +284,8 @@ PRISM_API HDIB WINAPI ScaleDIB(HDIB dib, int mode, int newWidth, int newHeight) 
         if (cubic)
             ResampleRowCubic(productTable, tapTable, planeOf, lineOf, 3, nw);
         else
-            ResampleRowLinear(productTable, tapTable, planeOf, lineOf, 3, nw);
+            ResampleRowLinear(productTable, tapTable, planeOf, lineOf, 3, nw,
+                              static_cast<std::uint32_t>(planeBytes - 1));
     };
     auto copy = [&](unsigned from, unsigned to) {
         for (unsigned c = 0; c < 3; ++c) PlaneRowCopy(line(c, to), line(c, from), nw);

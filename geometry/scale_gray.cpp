@@ -190,7 +190,8 @@ PRISM_API HDIB WINAPI ScaleGrayDIB(HDIB dib, int x0Arg, int y0Arg, int wArg, int
         if (mode)
             ResampleRowCubic(productTable, tapTable, planes, lines, 1, nw);
         else
-            ResampleRowLinear(productTable, tapTable, planes, lines, 1, nw);
+            ResampleRowLinear(productTable, tapTable, planes, lines, 1, nw,
+                              static_cast<std::uint32_t>(F + 42 - kPlaneLead));
     };
     auto copy = [&](unsigned from, unsigned to) { PlaneRowCopy(line(to), line(from), lineBytes); };
     unsigned char* outRow = output.data();

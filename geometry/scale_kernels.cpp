@@ -71,10 +71,16 @@ inline unsigned Position(const unsigned char* e) { return e[0] | static_cast<uns
 }  // namespace
 
 void ResampleRowLinear(const unsigned char* product, const unsigned char* taps, const unsigned char* const planes[],
-                       unsigned char* const lines[], unsigned planeCount, std::uint16_t count) {
+                       unsigned char* const lines[], unsigned planeCount, std::uint16_t count,
+                       std::uint32_t readable) {
     unsigned done = 0;
 #if PRISM_X86
-    if (Simd().sse2) done = ResampleRowLinearSse2(taps, planes, lines, planeCount, count);
+    if (Simd().ssse3)
+        done = ResampleRowLinearSsse3(taps, planes, lines, planeCount, count, readable);
+    else if (Simd().sse2)
+        done = ResampleRowLinearSse2(taps, planes, lines, planeCount, count);
+#else
+    (void)readable;
 #endif
     for (unsigned c = 0; c < planeCount; ++c) {
         const unsigned char* e = taps + done * kLinearTapBytes;

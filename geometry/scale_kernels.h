@@ -31,9 +31,11 @@ CubicWeights CubicWeightsAt(double f);
 
 // Resamples `planeCount` planes (up to three) with one tap table, plane c
 // into line c.  A plane pointer is at pixel 0 of a plane with one guard
-// byte before it and three behind its last pixel.
+// byte before it and three behind its last pixel; `readable` is how many
+// bytes from each plane pointer lie inside its block.
 void ResampleRowLinear(const unsigned char* product, const unsigned char* taps, const unsigned char* const planes[],
-                       unsigned char* const lines[], unsigned planeCount, std::uint16_t count);
+                       unsigned char* const lines[], unsigned planeCount, std::uint16_t count,
+                       std::uint32_t readable);
 void ResampleRowCubic(const unsigned char* product, const unsigned char* taps, const unsigned char* const planes[],
                       unsigned char* const lines[], unsigned planeCount, std::uint16_t count);
 void BlendRowsLinear(const unsigned char* product, const unsigned char* line0, const unsigned char* line1,

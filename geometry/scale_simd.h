@@ -15,6 +15,11 @@ namespace prism {
 // Up to three planes sharing one tap table.
 std::uint32_t ResampleRowLinearSse2(const unsigned char* taps, const unsigned char* const planes[],
                                     unsigned char* const lines[], unsigned planeCount, std::uint32_t count);
+// The same with SSSE3; `readable` is how many bytes each plane pointer may
+// be read at, guards included.
+std::uint32_t ResampleRowLinearSsse3(const unsigned char* taps, const unsigned char* const planes[],
+                                     unsigned char* const lines[], unsigned planeCount, std::uint32_t count,
+                                     std::uint32_t readable);
 std::uint32_t ResampleRowCubicSse2(const unsigned char* taps, const unsigned char* const planes[],
                                    unsigned char* const lines[], unsigned planeCount, std::uint32_t count);
 std::uint32_t BlendRowsLinearSse2(const unsigned char* line0, const unsigned char* line1, unsigned char* out,
