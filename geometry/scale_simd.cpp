@@ -31,56 +31,54 @@ PRISM_SSE2 inline __m128i CubicSums(__m128i lo, __m128i hi) {
 }
 
 // The weights of eight linear taps (entries of position, left weight,
-// right weight) as 16-bit lanes beside the pixels they weigh: columns 0..3
-// in lo, 4..7 in hi, each as left, right.  The weights are the high half of
-// each 32-bit entry, shifted down with its sign so that the saturating pack
-// keeps it whole.
-PRISM_SSE2 inline void LinearWeights(const unsigned char* taps, __m128i* lo, __m128i* hi) {
-    const __m128i e0 = _mm_srai_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(taps)), 16);
-    const __m128i e1 = _mm_srai_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(taps + 16)), 16);
-    const __m128i w = _mm_packs_epi32(e0, e1);  // left | right << 8 per column
-    *lo = _mm_unpacklo_epi8(w, _mm_setzero_si128());
-    *hi = _mm_unpackhi_epi8(w, _mm_setzero_si128());
+// right weight) as 16-bit lanes, one per column.
+PRISM_SSE2 inline void LinearWeights(const unsigned char* taps, __m128i* left, __m128i* right) {
+    const __m128i e0 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(taps));
+    const __m128i e1 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(taps + 16));
+    const __m128i byte = _mm_set1_epi32(0xFF);
+    *left = _mm_packs_epi32(_mm_and_si128(_mm_srli_epi32(e0, 16), byte), _mm_and_si128(_mm_srli_epi32(e1, 16), byte));
+    *right = _mm_packs_epi32(_mm_srli_epi32(e0, 24), _mm_srli_epi32(e1, 24));
 }
 
-// Eight columns from their pixel pairs (left, right bytes per column).
-PRISM_SSE2 inline void LinearColumns(__m128i p, __m128i wLo, __m128i wHi, unsigned char* out) {
-    const __m128i zero = _mm_setzero_si128(), ones = _mm_set1_epi16(1);
-    const __m128i sLo = _mm_madd_epi16(Product(_mm_unpacklo_epi8(p, zero), wLo), ones);
-    const __m128i sHi = _mm_madd_epi16(Product(_mm_unpackhi_epi8(p, zero), wHi), ones);
-    const __m128i v = _mm_packs_epi32(sLo, sHi);
+// Eight columns from the pixels left and right of their taps, in 16-bit
+// lanes; the sum is clamped as the plain loop does.
+PRISM_SSE2 inline void LinearColumns(__m128i left, __m128i right, __m128i wLeft, __m128i wRight,
+                                     unsigned char* out) {
+    const __m128i v = _mm_add_epi16(Product(left, wLeft), Product(right, wRight));
     _mm_storel_epi64(reinterpret_cast<__m128i*>(out), _mm_packus_epi16(v, v));
 }
 
-// The pixel pairs under eight taps, fetched one by one.
-PRISM_SSE2 inline __m128i GatherPairs(const unsigned char* plane, const unsigned at[8]) {
+// Eight columns whose pixel pairs are fetched one by one.
+PRISM_SSE2 inline void GatheredColumns(const unsigned char* plane, const unsigned at[8], __m128i wLeft,
+                                       __m128i wRight, unsigned char* out) {
     alignas(16) std::uint16_t pixels[8];
     for (unsigned k = 0; k < 8; ++k) std::memcpy(&pixels[k], plane + at[k], 2);
-    return _mm_load_si128(reinterpret_cast<const __m128i*>(pixels));
+    const __m128i pairs = _mm_load_si128(reinterpret_cast<const __m128i*>(pixels));
+    LinearColumns(_mm_and_si128(pairs, _mm_set1_epi16(0xFF)), _mm_srli_epi16(pairs, 8), wLeft, wRight, out);
 }
 
 }  // namespace
 
 // Eight columns per step: the two pixels under each column's tap and the
-// tap's two weights, side by side in 16-bit lanes.  Every plane shares the
-// taps, so their weights are read once for all planes.
+// tap's two weights in 16-bit lanes.  Every plane shares the taps, so their
+// weights are read once for all planes.
 PRISM_SSE2 std::uint32_t ResampleRowLinearSse2(const unsigned char* taps, const unsigned char* const planes[],
                                                unsigned char* const lines[], unsigned planeCount,
                                                std::uint32_t count) {
     std::uint32_t i = 0;
     for (; i + 8 <= count; i += 8, taps += 32) {
-        __m128i wLo, wHi;
-        LinearWeights(taps, &wLo, &wHi);
+        __m128i wLeft, wRight;
+        LinearWeights(taps, &wLeft, &wRight);
         unsigned at[8];
         for (unsigned k = 0; k < 8; ++k) at[k] = Position(taps + 4 * k);
-        for (unsigned c = 0; c < planeCount; ++c) LinearColumns(GatherPairs(planes[c], at), wLo, wHi, lines[c] + i);
+        for (unsigned c = 0; c < planeCount; ++c) GatheredColumns(planes[c], at, wLeft, wRight, lines[c] + i);
     }
     return i;
 }
 
 // As above, but where the pairs of eight taps lie within 16 bytes of the
 // plane (any factor from about one half up) they come from one load and
-// one byte shuffle, whose order is made once for all planes.
+// two byte shuffles, whose orders are made once for all planes.
 __attribute__((target("ssse3"))) std::uint32_t ResampleRowLinearSsse3(const unsigned char* taps,
                                                                      const unsigned char* const planes[],
                                                                      unsigned char* const lines[],
@@ -89,27 +87,27 @@ __attribute__((target("ssse3"))) std::uint32_t ResampleRowLinearSsse3(const unsi
     const __m128i low16 = _mm_set1_epi32(0xFFFF);
     std::uint32_t i = 0;
     for (; i + 8 <= count; i += 8, taps += 32) {
-        __m128i wLo, wHi;
-        LinearWeights(taps, &wLo, &wHi);
+        __m128i wLeft, wRight;
+        LinearWeights(taps, &wLeft, &wRight);
         const unsigned first = Position(taps), last = Position(taps + 28);
         if (last + 2 - first > 16 || first + 16 > readable) {
             unsigned at[8];
             for (unsigned k = 0; k < 8; ++k) at[k] = Position(taps + 4 * k);
-            for (unsigned c = 0; c < planeCount; ++c)
-                LinearColumns(GatherPairs(planes[c], at), wLo, wHi, lines[c] + i);
+            for (unsigned c = 0; c < planeCount; ++c) GatheredColumns(planes[c], at, wLeft, wRight, lines[c] + i);
             continue;
         }
-        // Byte k of the order: the offset of column k / 2's pixel pair from
-        // `first`, plus k % 2.
+        // Lane k of the left order: the offset of column k's position from
+        // `first` in its low byte, and a high byte that gives 0.
         const __m128i base = _mm_set1_epi32(static_cast<int>(first));
         const __m128i r0 = _mm_sub_epi32(_mm_and_si128(_mm_loadu_si128(reinterpret_cast<const __m128i*>(taps)), low16), base);
         const __m128i r1 =
             _mm_sub_epi32(_mm_and_si128(_mm_loadu_si128(reinterpret_cast<const __m128i*>(taps + 16)), low16), base);
-        const __m128i rel = _mm_packs_epi32(r0, r1);
-        const __m128i order = _mm_add_epi16(_mm_or_si128(rel, _mm_slli_epi16(rel, 8)), _mm_set1_epi16(0x0100));
+        const __m128i leftOrder = _mm_or_si128(_mm_packs_epi32(r0, r1), _mm_set1_epi16(static_cast<short>(0x8000)));
+        const __m128i rightOrder = _mm_add_epi16(leftOrder, _mm_set1_epi16(1));
         for (unsigned c = 0; c < planeCount; ++c) {
             const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(planes[c] + first));
-            LinearColumns(_mm_shuffle_epi8(bytes, order), wLo, wHi, lines[c] + i);
+            LinearColumns(_mm_shuffle_epi8(bytes, leftOrder), _mm_shuffle_epi8(bytes, rightOrder), wLeft, wRight,
+                          lines[c] + i);
         }
     }
     return i;
