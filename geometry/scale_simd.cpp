@@ -104,6 +104,18 @@ __attribute__((target("ssse3"))) std::uint32_t ResampleRowLinearSsse3(const unsi
             _mm_sub_epi32(_mm_and_si128(_mm_loadu_si128(reinterpret_cast<const __m128i*>(taps + 16)), low16), base);
         const __m128i leftOrder = _mm_or_si128(_mm_packs_epi32(r0, r1), _mm_set1_epi16(static_cast<short>(0x8000)));
         const __m128i rightOrder = _mm_add_epi16(leftOrder, _mm_set1_epi16(1));
+        // Weights of 255 and 0 give the left pixel as it stands (every
+        // column of a reduction by a whole factor).
+        const __m128i whole = _mm_and_si128(_mm_cmpeq_epi16(wLeft, _mm_set1_epi16(255)),
+                                            _mm_cmpeq_epi16(wRight, _mm_setzero_si128()));
+        if (_mm_movemask_epi8(whole) == 0xFFFF) {
+            for (unsigned c = 0; c < planeCount; ++c) {
+                const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(planes[c] + first));
+                const __m128i v = _mm_shuffle_epi8(bytes, leftOrder);
+                _mm_storel_epi64(reinterpret_cast<__m128i*>(lines[c] + i), _mm_packus_epi16(v, v));
+            }
+            continue;
+        }
         for (unsigned c = 0; c < planeCount; ++c) {
             const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(planes[c] + first));
             LinearColumns(_mm_shuffle_epi8(bytes, leftOrder), _mm_shuffle_epi8(bytes, rightOrder), wLeft, wRight,
