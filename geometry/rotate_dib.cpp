@@ -6,6 +6,7 @@
 #include "geometry/turn_simd.h"
 #include "platform/export.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace prism {
@@ -52,7 +53,7 @@ void QuarterTurn(const TurnJob& j) {
 // the next result pixel, which its own pixel, written later in this walk,
 // puts right; only the last pixel of a result row (before its padding)
 // goes 3 bytes at a time.
-void QuarterTurn24Clockwise(const TurnJob& j) {
+void QuarterTurn24Words(const TurnJob& j) {
     constexpr std::uint32_t kTile = 64;
     for (std::uint32_t y0 = 0; y0 < j.height; y0 += kTile) {
         const std::uint32_t y1 = j.height - y0 < kTile ? j.height : y0 + kTile;
@@ -73,6 +74,29 @@ void QuarterTurn24Clockwise(const TurnJob& j) {
             }
         }
     }
+}
+
+// With SSSE3 the tiles go in blocks of 4 by 4 pixels; the columns and
+// rows left over at the right and top edges go pixel by pixel.
+void QuarterTurn24Clockwise(const TurnJob& j) {
+#if PRISM_X86
+    if (Simd().ssse3) {
+        constexpr std::uint32_t kTile = 64;
+        // Loads of 16 bytes at pixel x stay inside the row while 3x + 16 <= 3w.
+        const std::uint32_t columns = j.width < 2 ? 0 : (j.width - 2) / 4 * 4;
+        const std::uint32_t rows = j.height / 4 * 4;
+        for (std::uint32_t y0 = 0; y0 < rows; y0 += kTile)
+            for (std::uint32_t x0 = 0; x0 < columns; x0 += kTile)
+                Turn24BlocksSsse3(j, x0, std::min(columns, x0 + kTile), y0, std::min(rows, y0 + kTile));
+        for (std::uint32_t sy = 0; sy < j.height; ++sy) {
+            const unsigned char* s = j.src + sy * j.srcStride;
+            for (std::uint32_t sx = sy < rows ? columns : 0; sx < j.width; ++sx)
+                Pixel24::Copy(s, sx, j.dst + (j.width - 1 - sx) * j.dstStride, sy);
+        }
+        return;
+    }
+#endif
+    QuarterTurn24Words(j);
 }
 
 // Depth 1 moves 8 by 8 squares of bits: the bytes of eight source rows at

@@ -16,6 +16,12 @@ struct TurnJob;
 // once, the rest are left.
 void Rotate90BitsSse2(const TurnJob& j, std::uint32_t rows, std::uint32_t bytes);
 
+// The clockwise 24-bit quarter turn of source columns x0..x1 - 1 and rows
+// y0..y1 - 1, both counts multiples of 4, with 3 * x1 + 4 at most the
+// bytes of a source row's pixels.  Writes exactly the result pixels they
+// map to.
+void Turn24BlocksSsse3(const TurnJob& j, std::uint32_t x0, std::uint32_t x1, std::uint32_t y0, std::uint32_t y1);
+
 // Mirrors the first pixels of a 24-bit row (result pixel x is source pixel
 // width - 1 - x) and returns how many result pixels it wrote; the caller
 // finishes the rest.  Reads and writes only bytes of the row's pixels.
