@@ -242,7 +242,12 @@ PRISM_API BOOL WINAPI SaveDIB(LPCSTR fileName, HDIB dib) {
     // A block that cannot be locked is refused before any file is made.
     BlockLock lock(dib);
     if (!lock) return 0;
-    HFILE file = plat::FileOpen(fileName, plat::kOpenCreate | plat::kOpenReadWrite);
+    // A file that is there already is written over in place and cut at
+    // the end of what was written: emptying it first would have the system
+    // free its cached pages and take new ones for the same bytes.
+    const bool inPlace = plat::FileExists(fileName);
+    HFILE file = inPlace ? plat::FileOpen(fileName, plat::kOpenReadWrite) : plat::kBadFile;
+    if (file == plat::kBadFile) file = plat::FileOpen(fileName, plat::kOpenCreate | plat::kOpenReadWrite);
     if (file == plat::kBadFile) {
         LastImgError = kErrOpenFile;
         return 0;
@@ -267,6 +272,11 @@ PRISM_API BOOL WINAPI SaveDIB(LPCSTR fileName, HDIB dib) {
         LastImgError = kErrIO;
         ok = 0;
     } else if (!WriteLarge(file, lock.bytes(), size, &result)) {
+        LastImgError = kErrIO;
+        ok = 0;
+    }
+    // Bytes of the old file past the new end go, whatever was written.
+    if (inPlace && plat::FileWrite(file, fileHeader, 0) != 0 && ok) {
         LastImgError = kErrIO;
         ok = 0;
     }
