@@ -77,9 +77,11 @@ __attribute__((target("ssse3"))) std::uint32_t MirrorRow8Ssse3(const unsigned ch
 // movemask, is then one pixel column's 16 result bits, the first row's at
 // bit 15.  Doubling every byte brings up the next pixel column.
 __attribute__((target("sse2"))) void Rotate90BitsSse2(const TurnJob& j, std::uint32_t rows, std::uint32_t bytes) {
-    for (std::uint32_t y0 = 0; y0 + 16 <= rows; y0 += 16) {
-        unsigned char* column = j.dst + y0 / 8;
-        for (std::uint32_t i0 = 0; i0 + 16 <= bytes; i0 += 16) {
+    // Strips of 128 result rows are finished one at a time, so the result
+    // bytes a strip writes stay in cache until their lines are full.
+    for (std::uint32_t i0 = 0; i0 + 16 <= bytes; i0 += 16) {
+        for (std::uint32_t y0 = 0; y0 + 16 <= rows; y0 += 16) {
+            unsigned char* column = j.dst + y0 / 8;
             __m128i r[16], a[16], b[16], c[16];
             for (int k = 0; k < 16; ++k)
                 r[k] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(j.src + (y0 + 15 - k) * j.srcStride + i0));
