@@ -70,6 +70,37 @@ inline unsigned char Clamp(int v) { return static_cast<unsigned char>(v < 0 ? 0 
 inline unsigned Position(const unsigned char* e) { return e[0] | static_cast<unsigned>(e[1]) << 8; }
 }  // namespace
 
+namespace {
+
+// One column's value from the pixels p[-1..2] around its tap entry e.
+struct LinearTap {
+    static constexpr std::size_t kBytes = kLinearTapBytes;
+    static unsigned char Value(const unsigned char* product, const unsigned char* e, const unsigned char* p) {
+        const unsigned v = product[e[2] << 8 | p[0]] + product[e[3] << 8 | p[1]];
+        return static_cast<unsigned char>(v > 255 ? 255 : v);
+    }
+};
+struct CubicTap {
+    static constexpr std::size_t kBytes = kCubicTapBytes;
+    static unsigned char Value(const unsigned char* product, const unsigned char* e, const unsigned char* p) {
+        return Clamp(product[e[3] << 8 | p[0]] + product[e[4] << 8 | p[1]] - product[e[2] << 8 | p[-1]] -
+                     product[e[5] << 8 | p[2]]);
+    }
+};
+
+// The plain loop: columns from `done` on, in every plane.
+template <class Tap>
+void ResampleColumns(const unsigned char* product, const unsigned char* taps, const unsigned char* const planes[],
+                     unsigned char* const lines[], unsigned planeCount, std::uint16_t count, unsigned done) {
+    for (unsigned c = 0; c < planeCount; ++c) {
+        const unsigned char* e = taps + done * Tap::kBytes;
+        for (unsigned i = done; i < count; ++i, e += Tap::kBytes)
+            lines[c][i] = Tap::Value(product, e, planes[c] + Position(e));
+    }
+}
+
+}  // namespace
+
 void ResampleRowLinear(const unsigned char* product, const unsigned char* taps, const unsigned char* const planes[],
                        unsigned char* const lines[], unsigned planeCount, std::uint16_t count,
                        std::uint32_t readable) {
@@ -82,14 +113,7 @@ void ResampleRowLinear(const unsigned char* product, const unsigned char* taps, 
 #else
     (void)readable;
 #endif
-    for (unsigned c = 0; c < planeCount; ++c) {
-        const unsigned char* e = taps + done * kLinearTapBytes;
-        for (unsigned i = done; i < count; ++i, e += kLinearTapBytes) {
-            const unsigned char* p = planes[c] + Position(e);
-            const unsigned v = product[e[2] << 8 | p[0]] + product[e[3] << 8 | p[1]];
-            lines[c][i] = static_cast<unsigned char>(v > 255 ? 255 : v);
-        }
-    }
+    ResampleColumns<LinearTap>(product, taps, planes, lines, planeCount, count, done);
 }
 
 void ResampleRowCubic(const unsigned char* product, const unsigned char* taps, const unsigned char* const planes[],
@@ -98,15 +122,7 @@ void ResampleRowCubic(const unsigned char* product, const unsigned char* taps, c
 #if PRISM_X86
     if (Simd().sse2) done = ResampleRowCubicSse2(taps, planes, lines, planeCount, count);
 #endif
-    for (unsigned c = 0; c < planeCount; ++c) {
-        const unsigned char* e = taps + done * kCubicTapBytes;
-        for (unsigned i = done; i < count; ++i, e += kCubicTapBytes) {
-            const unsigned char* p = planes[c] + Position(e);
-            const int v = product[e[3] << 8 | p[0]] + product[e[4] << 8 | p[1]] -
-                          product[e[2] << 8 | p[-1]] - product[e[5] << 8 | p[2]];
-            lines[c][i] = Clamp(v);
-        }
-    }
+    ResampleColumns<CubicTap>(product, taps, planes, lines, planeCount, count, done);
 }
 
 void BlendRowsLinear(const unsigned char* product, const unsigned char* line0, const unsigned char* line1,
