@@ -76,21 +76,21 @@ void QuarterTurn24Words(const TurnJob& j) {
     }
 }
 
-// With SSSE3 the tiles go in blocks of 4 by 4 pixels; the columns and
-// rows left over at the right and top edges go pixel by pixel.  The tiles
-// finish 64 result rows before the next, from the top address down: the
+// With SSSE3 the pixels go in blocks of 4 by 4; the columns and rows left
+// over at the right and top edges go pixel by pixel.  The blocks finish a
+// strip of 64 result rows before the next, from the top address down: the
 // system clears a fresh result page when it is first touched, and the
-// pages are then met while their cleared bytes are still in cache.
+// pages are then met while their cleared bytes are still in cache, and
+// the source bytes a strip reads are at hand for the next.
 void QuarterTurn24Clockwise(const TurnJob& j) {
 #if PRISM_X86
     if (Simd().ssse3) {
-        constexpr std::uint32_t kTile = 64;
+        constexpr std::uint32_t kStrip = 64;
         // Loads of 16 bytes at pixel x stay inside the row while 3x + 16 <= 3w.
         const std::uint32_t columns = j.width < 2 ? 0 : (j.width - 2) / 4 * 4;
         const std::uint32_t rows = j.height / 4 * 4;
-        for (std::uint32_t x0 = 0; x0 < columns; x0 += kTile)
-            for (std::uint32_t y0 = 0; y0 < rows; y0 += kTile)
-                Turn24BlocksSsse3(j, x0, std::min(columns, x0 + kTile), y0, std::min(rows, y0 + kTile));
+        for (std::uint32_t x0 = 0; x0 < columns; x0 += kStrip)
+            Turn24BlocksSsse3(j, x0, std::min(columns, x0 + kStrip), 0, rows);
         for (std::uint32_t sy = 0; sy < j.height; ++sy) {
             const unsigned char* s = j.src + sy * j.srcStride;
             for (std::uint32_t sx = sy < rows ? columns : 0; sx < j.width; ++sx)

@@ -36,19 +36,20 @@ __attribute__((target("ssse3"))) void Turn24BlocksSsse3(const TurnJob& j, std::u
                                                         std::uint32_t y0, std::uint32_t y1) {
     const __m128i widen = _mm_setr_epi8(0, 1, 2, -128, 3, 4, 5, -128, 6, 7, 8, -128, 9, 10, 11, -128);
     const __m128i narrow = _mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -128, -128, -128, -128);
+    const std::uint64_t srcStride = j.srcStride, dstStride = j.dstStride, width = j.width;
     for (std::uint32_t sy = y0; sy < y1; sy += 4) {
-        const unsigned char* s = j.src + sy * j.srcStride;
+        const unsigned char* s = j.src + sy * srcStride;
         for (std::uint32_t sx = x0; sx < x1; sx += 4) {
             __m128i r[4];
-            for (int k = 0; k < 4; ++k)
+            for (std::uint64_t k = 0; k < 4; ++k)
                 r[k] = _mm_shuffle_epi8(
-                    _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + k * j.srcStride + 3 * sx)), widen);
+                    _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + k * srcStride + 3 * sx)), widen);
             const __m128i t0 = _mm_unpacklo_epi32(r[0], r[1]), t1 = _mm_unpacklo_epi32(r[2], r[3]);
             const __m128i t2 = _mm_unpackhi_epi32(r[0], r[1]), t3 = _mm_unpackhi_epi32(r[2], r[3]);
             const __m128i column[4] = {_mm_unpacklo_epi64(t0, t1), _mm_unpackhi_epi64(t0, t1),
                                        _mm_unpacklo_epi64(t2, t3), _mm_unpackhi_epi64(t2, t3)};
             for (std::uint32_t k = 0; k < 4; ++k) {
-                unsigned char* d = j.dst + (j.width - 1 - sx - k) * j.dstStride + 3 * static_cast<std::uint64_t>(sy);
+                unsigned char* d = j.dst + (width - 1 - sx - k) * dstStride + 3 * static_cast<std::uint64_t>(sy);
                 const __m128i v = _mm_shuffle_epi8(column[k], narrow);
                 _mm_storel_epi64(reinterpret_cast<__m128i*>(d), v);
                 const std::uint32_t tail = static_cast<std::uint32_t>(_mm_cvtsi128_si32(_mm_srli_si128(v, 8)));
