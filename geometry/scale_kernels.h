@@ -71,40 +71,36 @@ private:
 // `fill(k)` move or clear line k of every colour; `emit(y, ...)` blends the
 // lines into result row y.
 //
-// Line 1 is made only when something reads it: an emit with a non-zero
-// weight (a zero weight gives line 0 as it stands) or the copy of line 1
-// to line 0 on the next source row.  At a factor of one half every row
-// weight is 0 and the lower line never needs making.
+// The linear walk goes from the last result row up: row y is line 0, made
+// from source row sy, blended with line 1, made from sy + 1, so no row
+// depends on the order, and the source rows an image was just made or
+// loaded with, its last ones, are read while still in cache.  Going up,
+// line 0 moves to line 1 when the next row up needs the source row it
+// holds.  Line 1 is made only when an emit reads it, with a non-zero
+// weight (a zero weight gives line 0 as it stands, and the last source
+// row always has one); at a factor of one half every row weight is 0 and
+// it is never made.
 template <class Load, class Copy, class Emit>
 void WalkRowsLinear(std::uint16_t sourceHeight, std::uint16_t newHeight, Load load, Copy copy, Emit emit) {
-    std::uint16_t lastSourceRow = 0xFFFF;
-    std::int32_t pending = -1;  // the source row line 1 is still to be made from
-    auto settle = [&] {
-        if (pending >= 0) load(static_cast<std::uint16_t>(pending), 1);
-        pending = -1;
-    };
-    for (std::uint32_t y = 0; y < newHeight; ++y) {
+    std::int32_t line0 = -1, line1 = -1;  // the source rows the lines hold
+    for (std::uint32_t y = newHeight; y-- > 0;) {
         const std::uint64_t t = static_cast<std::uint64_t>(y) * sourceHeight;
-        const std::uint16_t sy = static_cast<std::uint16_t>(t / newHeight);
-        if (sy != lastSourceRow) {
-            // Taken in 32 bits, so the starting value never counts as the row before.
-            if (static_cast<std::uint32_t>(sy) == static_cast<std::uint32_t>(lastSourceRow) + 1) {
-                settle();
-                copy(1, 0);
-            } else {
-                load(sy, 0);
-            }
-            lastSourceRow = sy;
-            pending = -1;
-            if (static_cast<std::uint32_t>(sy) + 1 < sourceHeight)
-                pending = sy + 1;
-            else
-                copy(0, 1);
-        }
+        const std::int32_t sy = static_cast<std::uint16_t>(t / newHeight);
         std::uint16_t weight =
             static_cast<std::uint16_t>(((t % newHeight) * 255 + newHeight / 2) / newHeight);
-        if (static_cast<std::uint32_t>(sy) + 1 == sourceHeight) weight = 0;
-        if (weight != 0) settle();
+        if (sy + 1 == sourceHeight) weight = 0;
+        if (sy != line0) {
+            if (line0 == sy + 1) {
+                copy(0, 1);
+                line1 = line0;
+            }
+            load(static_cast<std::uint16_t>(sy), 0);
+            line0 = sy;
+        }
+        if (weight != 0 && line1 != sy + 1) {
+            load(static_cast<std::uint16_t>(sy + 1), 1);
+            line1 = sy + 1;
+        }
         emit(y, weight);
     }
 }
