@@ -14,33 +14,29 @@ using namespace formats_test;
 
 namespace {
 
-// The log with the given pointers named and any other pointer as "ptr".
+// The log with the given pointers named and any other pointer as "ptr"
+// (a null pointer is logged as "null", never as its digits).
 std::vector<std::string> Calls(const CallLog& log, const void* dib, const void* status = nullptr) {
     std::vector<std::string> lines = log.Lines();
-    for (std::string& line : lines) {
-        for (auto [pointer, name] : {std::pair{dib, "dib"}, {status, "status"}})
-            if (pointer) line = std::regex_replace(line, std::regex(Hex(pointer)), name);
-        line = std::regex_replace(line, std::regex("0x[0-9a-f]+"), "ptr");
-    }
+    for (std::string& line : lines)
+        for (auto [pattern, name] : {std::pair{Hex(dib), "dib"}, {Hex(status), "status"}, {"0x[0-9a-f]+", "ptr"}})
+            line = std::regex_replace(line, std::regex(pattern), name);
     return lines;
 }
 
 // Each call: its module loaded, the call, the module freed.
 std::vector<std::string> Each(std::initializer_list<std::string> calls) {
     std::vector<std::string> lines;
-    for (const std::string& call : calls)
-        for (const std::string& line : {call.substr(0, call.find('|')) + "|load", call, call.substr(0, call.find('|')) + "|unload"})
-            lines.push_back(line);
+    for (const std::string& call : calls) lines.insert(lines.end(), {call.substr(0, call.find('|')) + "|load", call, call.substr(0, call.find('|')) + "|unload"});
     return lines;
 }
 
-// Every message is an error box of the library's caption.
+// The messages' texts; every message is an error box of the library's caption.
 std::vector<std::string> Messages(const MessageRecorder& recorder) {
     std::vector<std::string> texts;
-    for (const auto& m : recorder.messages()) texts.push_back(m.text + "|" + m.caption + "|" + std::to_string(m.style));
+    for (const auto& m : recorder.messages()) { texts.push_back(m.text); EXPECT_EQ(m.caption + std::to_string(m.style), "PRISM-DLL8192"); }
     return texts;
 }
-std::string Box(const std::string& text) { return text + "|PRISM-DLL|8192"; }
 
 // Every load row and a module's own failure: the call with its arguments
 // and the handle returned last.  The page is an unsigned word with its top
@@ -51,13 +47,8 @@ std::string Box(const std::string& text) { return text + "|PRISM-DLL|8192"; }
 TEST(LoadDispatch, EachFormatCallsItsEntryOnceAndFreesTheModule) {
     const NamedFile bmp("direct.bmp", BmpFile(PackedDib({13, 5, 4})));
     const Bytes direct = Take(LoadDIBFromFile(bmp.path()));  // as the library's own reader reads it
-    const struct {
-        const char* name;
-        Bytes bytes;
-        std::vector<std::string> calls;
-        int statusAfter;  // -1: untouched
-        Bytes image;      // the stand-in's 8 x 1 row: its pixel byte is the page it was given
-    } cases[] = {
+    // statusAfter -1: untouched; image: the stand-in's 8 x 1 row, whose pixel byte is the page it was given.
+    const struct { const char* name; Bytes bytes; std::vector<std::string> calls; int statusAfter; Bytes image; } cases[] = {
         {"load.tif", {'I', 'I', 42, 0}, Each({"ALDER32.DLL|LoadAlderIntoDIB|load.tif|2147483651|null|dib"}), -1, {3, 0, 0, 0}},
         {"load.pcx", {10, 5, 1, 8}, Each({"BIRCH32.DLL|LoadBirchIntoDIB|load.pcx|status|dib"}), 77, {0, 0, 0, 0}},
         {"load.dcx", {0xB1, 0x68, 0xDE, 0x3A}, Each({"BIRCH32.DLL|LoadBeechIntoDIB|load.dcx|2147483651|status|dib"}), 77, {3, 0, 0, 0}},
@@ -66,12 +57,10 @@ TEST(LoadDispatch, EachFormatCallsItsEntryOnceAndFreesTheModule) {
         {"LOAD.TGA", {0, 0, 2, 0}, Each({"ELDER32.DLL|LoadElderIntoDIB|LOAD.TGA|0|dib"}), -1, {0, 0, 0, 0}},
         {"load.cal", Text("srcdocid: X\n"), Each({"ALDER32.DLL|LoadMapleIntoDIB|load.cal|0|dib"}), -1, {0, 0, 0, 0}},
         {"load.bmp", ReadFile(bmp.name), {}, -1, direct},
-        {"load.txt", Text("one\r\ntwo\r\n"), {}, 9, {}},
-        {"empty.bin", {}, {}, 9, {}},
-        {"gif89a.gif", Text("GIF89a"), {}, 9, {}},
+        {"pages.ini", Text("[ColorFax]\r\nTotalPages=2\r\n"), {}, -1, {}},  // the page turns negative: out of range
+        {"load.txt", Text("one\r\ntwo\r\n"), {}, 9, {}}, {"empty.bin", {}, {}, 9, {}}, {"gif89a.gif", Text("GIF89a"), {}, 9, {}},
 #ifndef _WIN32
-        {"load.wmf", {0xD7, 0xCD, 0xC6, 0x9A}, {}, 9, {}},
-        {"load.clp", {0x50, 0xC3, 2, 0}, {}, 9, {}},
+        {"load.wmf", {0xD7, 0xCD, 0xC6, 0x9A}, {}, 9, {}}, {"load.clp", {0x50, 0xC3, 2, 0}, {}, 9, {}},
 #endif
     };
     for (const auto& c : cases) {
@@ -94,8 +83,11 @@ TEST(LoadDispatch, EachFormatCallsItsEntryOnceAndFreesTheModule) {
 }
 
 // One message per thunk (the DCX row tries to make the file, then to add
-// a page); the code and status are left alone.
-TEST(Dispatch, MissingModuleShowsOneMessagePerThunk) {
+// a page); the code and status are left alone.  A missing entry keeps the
+// module for the caller to free; entry names match exactly.  A missing
+// module clears the handle; a name too long for the message is cut, not
+// overrun.
+TEST(CodecEntry, MissingModuleOrEntryShowsOneMessageEach) {
     HiddenModule load("ELDER32.DLL"), save("BIRCH.DLL");
     ASSERT_TRUE(load.moved && save.moved);
     NamedFile file("HIDDEN.TGA", {1, 2, 3});
@@ -106,35 +98,25 @@ TEST(Dispatch, MissingModuleShowsOneMessagePerThunk) {
     MessageRecorder recorder;
     EXPECT_EQ(LoadImageIntoDIB(file.path(), 1, &status), nullptr);
     EXPECT_EQ(SaveDIBInImageFormat("nobirch.dcx", dib, 3, 0, 0) + SaveDIBInImageFormat("nobirch.pcx", dib, 2, 0, 0), 0);
-    const std::string birch = Box("'BIRCH.DLL' module has not found (0)");
-    EXPECT_EQ(Messages(recorder), (std::vector{Box("'ELDER32.DLL' module has not found (0)"), birch, birch, birch}));
     EXPECT_EQ(std::pair(prism::LastImgError, status), std::pair(27, 123));
     GlobalFree(dib);
-}
-
-TEST(CodecEntry, MissingEntryOrModule) {
     CallLog log;
-    MessageRecorder recorder;
     plat::ModuleHandle module = nullptr;
-    // A missing entry keeps the module for the caller to free.
     EXPECT_EQ(prism::LoadCodecEntry("ALDER32.DLL", "LoadOakIntoDIB", &module), nullptr);
     ASSERT_NE(module, nullptr);
     prism::FreeCodecModule(module);
     prism::FreeCodecModule(nullptr);  // passed over
     EXPECT_EQ(log.Lines(), (std::vector<std::string>{"ALDER32.DLL|load", "ALDER32.DLL|unload"}));
-    // Entry names match exactly.
     EXPECT_EQ(prism::LoadCodecEntry("ALDER.DLL", "SaveDIBInMapleFormat", &module), nullptr);
     prism::FreeCodecModule(module);
-    // A missing module clears the handle; a name too long for the message
-    // is cut, not overrun.
     module = &recorder;
     EXPECT_EQ(prism::LoadCodecEntry("NOSUCH32.DLL", "LoadAlderIntoDIB", &module), nullptr);
     EXPECT_EQ(module, nullptr);
     EXPECT_EQ(prism::LoadCodecEntry(std::string(300, 'Q').c_str(), "x", &module), nullptr);
-    EXPECT_EQ(Messages(recorder), (std::vector{Box("'LoadOakIntoDIB' function has not found in 'ALDER32.DLL' module"),
-                                               Box("'SaveDIBInMapleFormat' function has not found in 'ALDER.DLL' module"),
-                                               Box("'NOSUCH32.DLL' module has not found (0)"),
-                                               Box("'" + std::string(118, 'Q'))}));
+    const std::string birch = "'BIRCH.DLL' module has not found (0)";
+    EXPECT_EQ(Messages(recorder), (std::vector<std::string>{"'ELDER32.DLL' module has not found (0)", birch, birch, birch,
+        "'LoadOakIntoDIB' function has not found in 'ALDER32.DLL' module", "'SaveDIBInMapleFormat' function has not found in 'ALDER.DLL' module",
+        "'NOSUCH32.DLL' module has not found (0)", "'" + std::string(118, 'Q')}));
 }
 
 // Every save row: the calls ("ptr": a status pointer) and the last entry's
@@ -143,16 +125,10 @@ TEST(CodecEntry, MissingEntryOrModule) {
 // page.
 TEST(SaveDispatch, EachFormatCallsItsEntryAndPassesTheResultOn) {
     const std::string beech = "BIRCH.DLL|SaveDIBInBeechFormat|saved.out|dib|ptr";
-    const struct {
-        int format, option1, option2;
-        std::vector<std::string> calls;
-        int result;
-        bool exists = false;
-    } cases[] = {
+    const struct { int format, option1, option2; std::vector<std::string> calls; int result; bool exists = false; } cases[] = {
         {1, 3, 9, Each({"ALDER.DLL|SaveDIBInAlderFormat|saved.out|dib|9|1"}), 11},
         {2, 3, 9, Each({"BIRCH.DLL|SaveDIBInBirchFormat|saved.out|dib|ptr"}), 12},
-        {3, 3, 9, Each({"BIRCH.DLL|MakeBeechFile|saved.out|ptr", beech}), 14},
-        {3, 3, 9, Each({beech}), 14, true},
+        {3, 3, 9, Each({"BIRCH.DLL|MakeBeechFile|saved.out|ptr", beech}), 14}, {3, 3, 9, Each({beech}), 14, true},
         {4, 3, 9, Each({"CEDAR.DLL|SaveDIBInCedarFormat|saved.out|dib|3|ptr"}), 15},
         {5, 3, 7, Each({"ELDER.DLL|SaveDIBInElderFormat|saved.out|dib|1|1"}), 16},  // second option as yes or no
         {5, 3, 0, Each({"ELDER.DLL|SaveDIBInElderFormat|saved.out|dib|0|1"}), 16},

@@ -1,24 +1,23 @@
 // The byte-level halves of metafiles, clipboard files and text images:
 // placeable headers, metafile bodies, picture sizes, the clipboard file
 // directory and the library's own measure of text lines.
-#include "core/dib.h"
 #include "core/errors.h"
 #include "formats/clipboard_file_layout.h"
 #include "formats/metafile_layout.h"
 #include "formats/text_layout.h"
 #include "support/test_support.h"
 
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <array>
-#include <string>
 #include <tuple>
 
 using namespace testing_support;
 using prism::LastImgError;
 
 namespace {
+
+Bytes operator+(Bytes a, const Bytes& b) { return a.insert(a.end(), b.begin(), b.end()), a; }
 
 void Put(Bytes* b, std::uint32_t v, int n) {
     for (int i = 0; i < n; ++i) b->push_back(static_cast<unsigned char>(v >> (8 * i)));
@@ -28,10 +27,9 @@ void Put(Bytes* b, std::uint32_t v, int n) {
 // a METAHEADER claiming `words` 16-bit words, then `tail` bytes.
 Bytes MetaFile(bool placeable, int right, int bottom, int units, std::uint32_t words, size_t tail) {
     Bytes b;
-    if (placeable) {
-        Put(&b, 0x9AC6CDD7u, 4), Put(&b, 0, 2), Put(&b, 0xFFFF & -10, 2), Put(&b, 20, 2);
-        Put(&b, right, 2), Put(&b, bottom, 2), Put(&b, units, 2), Put(&b, 0, 4), Put(&b, 0, 2);
-    }
+    if (placeable)
+        Put(&b, 0x9AC6CDD7u, 4), Put(&b, 0, 2), Put(&b, 0xFFFF & -10, 2), Put(&b, 20, 2), Put(&b, right, 2), Put(&b, bottom, 2),
+            Put(&b, units, 2), Put(&b, 0, 4), Put(&b, 0, 2);
     Put(&b, 1, 2), Put(&b, 9, 2), Put(&b, 0x300, 2), Put(&b, words, 4), Put(&b, 0, 2), Put(&b, 3, 4), Put(&b, 0, 2);
     b.insert(b.end(), tail, 0x33);
     return b;
@@ -49,20 +47,13 @@ TEST(PlaceableHeader, WrittenByteForByte) {
     for (const auto& c : cases) {
         unsigned char h[22];
         prism::MakePlaceableHeader(h, c.w, c.h, c.rx, c.ry);
-        EXPECT_EQ(Bytes(h, h + 6), (Bytes{0xD7, 0xCD, 0xC6, 0x9A, 0, 0}));
-        EXPECT_EQ(Bytes(h + 6, h + 22), c.fields) << c.w << " at " << c.rx;
+        EXPECT_EQ(Bytes(h, h + 22), Bytes({0xD7, 0xCD, 0xC6, 0x9A, 0, 0}) + c.fields) << c.w << " at " << c.rx;
         EXPECT_EQ(h[20] | h[21] << 8, prism::PlaceableChecksum(h));
     }
 }
 
 TEST(MetaFileBody, ReadsSizesAndRefusesWhatCannotBeRead) {
-    const struct {
-        const char* name;
-        Bytes file;
-        bool ok;
-        int error, width, height, units;
-        long bytes;
-    } cases[] = {
+    const struct { const char* name; Bytes file; bool ok; int error, width, height, units; long bytes; } cases[] = {
         {"placeable", MetaFile(true, 1430, 740, 1440, 12, 6), true, 27, 1440, 720, 1440, 24},
         {"bare", MetaFile(false, 0, 0, 0, 9, 0), true, 27, 5, 5, 1, 18},
         {"records past the end", MetaFile(false, 0, 0, 0, 4000, 10), true, 27, 5, 5, 1, 28},
@@ -79,8 +70,7 @@ TEST(MetaFileBody, ReadsSizesAndRefusesWhatCannotBeRead) {
         int w = 5, h = 5, units = 1;
         prism::MetaFileBody body;
         const bool ok = prism::ReadMetaFileBody(c.file.empty() ? "no-such.wmf" : file.path(), &w, &h, &units, &body);
-        EXPECT_EQ(std::tuple(ok, LastImgError, w, h, units, body.bytes),
-                  std::tuple(c.ok, c.error, c.width, c.height, c.units, c.bytes));
+        EXPECT_EQ(std::tuple(ok, LastImgError, w, h, units, body.bytes), std::tuple(c.ok, c.error, c.width, c.height, c.units, c.bytes));
         const Bytes read = Take(body.bits);  // the block may be larger
         EXPECT_EQ(Bytes(read.begin(), read.begin() + std::min<size_t>(read.size(), c.bytes)), Bytes(c.file.end() - c.bytes, c.file.end()));
     }
@@ -99,12 +89,9 @@ Bytes Body(std::uint32_t words, std::initializer_list<std::pair<std::uint32_t, i
 
 TEST(MetaFileBody, RecordsMustLieInsideTheBody) {
     const struct { const char* name; Bytes body; bool fit; } cases[] = {
-        {"two records and the end", Body(9 + 5 + 3, {{5, 0x41B}, {3, 0}}), true},
-        {"no end record, exact", Body(9 + 5, {{5, 0x41B}}), true},
-        {"record past the size", Body(9 + 5, {{7, 0x41B}}), false},
-        {"record of 2 words", Body(9 + 3, {{2, 0x41B}, {3, 0}}), false},
-        {"size past the bytes", Body(9 + 30, {{3, 0}}), false},
-        {"short header", Bytes(10, 0), false},
+        {"two records and the end", Body(9 + 5 + 3, {{5, 0x41B}, {3, 0}}), true}, {"short header", Bytes(10, 0), false},
+        {"no end record, exact", Body(9 + 5, {{5, 0x41B}}), true}, {"record past the size", Body(9 + 5, {{7, 0x41B}}), false},
+        {"record of 2 words", Body(9 + 3, {{2, 0x41B}, {3, 0}}), false}, {"size past the bytes", Body(9 + 30, {{3, 0}}), false},
     };
     for (const auto& c : cases)
         EXPECT_EQ(prism::MetaRecordsFit(c.body.data(), c.body.size()), c.fit) << c.name;
@@ -147,8 +134,7 @@ Bytes ClipFile(std::uint16_t id, std::uint16_t count, std::initializer_list<std:
 TEST(ClipboardFileDirectory, FindsTheEntryOrNamesTheFailure) {
     const struct { const char* name; Bytes file; int code; std::uint32_t length, offset; } cases[] = {
         {"second entry", ClipFile(50000, 2, {{2, 7, 200}, {8, 44, 182}}), 0, 44, 182},
-        {"identifier 50001", ClipFile(50001, 1, {{8, 4, 93}}), 9, 0, 0},
-        {"count 0", ClipFile(50000, 0, {{8, 4, 93}}), 14, 0, 0},
+        {"identifier 50001", ClipFile(50001, 1, {{8, 4, 93}}), 9, 0, 0}, {"count 0", ClipFile(50000, 0, {{8, 4, 93}}), 14, 0, 0},
         {"only format 2", ClipFile(50000, 1, {{2, 4, 93}}), 14, 0, 0},
         {"count beyond the file", ClipFile(50000, 60000, {{2, 4, 93}}), 14, 0, 0},
     };
@@ -177,17 +163,13 @@ TEST(ClipboardFileDirectory, DataReadsOnlyWhatTheFileHolds) {
 
     unsigned char header[93];
     prism::MakeClipboardFileHeader(header, 0x01020304);
-    Bytes expected = Cut(ClipFile(50000, 1, {{8, 0x01020304, 93}}), 14);
-    expected.resize(93);  // the name bytes are zero
-    EXPECT_EQ(Bytes(header, header + 93), expected);
+    EXPECT_EQ(Bytes(header, header + 93), Cut(Cut(ClipFile(50000, 1, {{8, 0x01020304, 93}}), 14), 93));  // the name bytes are zero
 }
 
 TEST(TextLines, MeasureWalksLinesTabsAndLimits) {
     const std::string tall(3000, '\r'), wide(1 << 20, 'w');
     const struct { const char* name; std::string text; int x, y; size_t used; bool cut; } cases[] = {
-        {"two lines", "ab\r\ncde", 32, 17, 7, false},
-        {"code 8 is the tab", "\b\t", 73, 1, 2, false},
-        {"empty", "", 1, 1, 0, false},
+        {"two lines", "ab\r\ncde", 32, 17, 7, false}, {"code 8 is the tab", "\b\t", 73, 1, 2, false}, {"empty", "", 1, 1, 0, false},
         {"stops below 32767 less a line", tall, 0, 32753, 2047, true},
         {"width stops growing", wide, 32761, 1, wide.size(), false},
         {"ends at a zero", std::string("a\0b", 3), 9, 1, 1, false},

@@ -47,10 +47,8 @@ static HDIB MakeImage(const char* fileName, unsigned page, int* status) {
     unsigned char* p = dib ? (unsigned char*)GlobalLock(dib) : 0;
     if (status) *status = fail ? 55 : 77;
     if (!p) return dib;
-    memset(p, 0, 52);
-    p[0] = 40, p[4] = 8, p[8] = p[12] = p[14] = 1, p[20] = 4, p[32] = 2; // header
-    p[44] = p[45] = p[46] = 255;                                         // entry 1 white
-    p[48] = (unsigned char)page;
+    p[0] = 40, p[4] = 8, p[8] = p[12] = p[14] = 1, p[20] = 4, p[32] = 2; // header (the block is zero-filled)
+    p[44] = p[45] = p[46] = 255, p[48] = (unsigned char)page;            // entry 1 white, the pixel byte
     GlobalUnlock(dib);
     return dib;
 }
