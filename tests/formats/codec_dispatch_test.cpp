@@ -77,9 +77,6 @@ TEST(LoadDispatch, EachFormatCallsItsEntryOnceAndFreesTheModule) {
         const Bytes image = Take(dib);
         EXPECT_EQ(image.size() == 52 ? Bytes(image.begin() + 48, image.end()) : image, c.image);
     }
-    int status = 0;
-    EXPECT_EQ(LoadImageIntoDIB("no-such-image.bin", 1, &status), nullptr);
-    EXPECT_EQ(std::pair(prism::LastImgError, status), std::pair(9, 9));
 }
 
 // One message per thunk (the DCX row tries to make the file, then to add
@@ -139,6 +136,7 @@ TEST(SaveDispatch, EachFormatCallsItsEntryAndPassesTheResultOn) {
         // Without device bitmaps there is no metafile or clipboard writer.
         {7, 1, 1, {}, 0},  {8, 1, 1, {}, 0},
 #endif
+        {6, 1, 1, {}, 1, true},  // the library's own BMP writer, no module
     };
     HDIB dib = BlockFrom(PackedDib({4, 4, 1}));
     const SIZE_T size = GlobalSize(dib);
@@ -153,15 +151,13 @@ TEST(SaveDispatch, EachFormatCallsItsEntryAndPassesTheResultOn) {
         const auto lines = log.Lines();  // both DCX calls share one status pointer
         if (lines.size() == 6) { EXPECT_EQ(lines[1].substr(lines[1].rfind('|')), lines[4].substr(lines[4].rfind('|'))); }
         EXPECT_EQ(std::filesystem::exists("saved.out"), c.exists);  // the stand-ins make no file
+        if (c.format == 6) { EXPECT_EQ(ReadFile("saved.out"), BmpFile(BlockBytes(dib))); }
         EXPECT_EQ(prism::LastImgError, 27);
         EXPECT_EQ(GlobalSize(dib), size);  // still the caller's
     }
     std::remove("saved.out");
     EXPECT_EQ(SaveDIBInImageFormat("saved.out", nullptr, 6, 0, 0), 0);
     EXPECT_EQ(prism::LastImgError, 8);
-    EXPECT_EQ(SaveDIBInImageFormat("saved.out", dib, 6, 1, 1), 1);  // the library's own BMP writer
-    EXPECT_EQ(ReadFile("saved.out"), BmpFile(BlockBytes(dib)));
-    std::remove("saved.out");
     GlobalFree(dib);
 }
 

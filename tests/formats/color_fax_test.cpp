@@ -22,6 +22,9 @@ const PlaneFn kPlanes[] = {[](int x, int y) -> unsigned { return (x + y) % 2; },
 
 std::string N(int n) { return std::to_string(n); }
 
+// The pixel bytes of a 4-bit page, behind its header and colour table; the page is freed.
+Bytes PageBits(HDIB page) { const Bytes b = Take(page); return Bytes(b.begin() + std::min<size_t>(b.size(), 104), b.end()); }
+
 // A BMP file with a resolution of its own, x and y apart, so the page can be
 // seen to take the first plane's.
 Bytes PlaneFile(int width, int height, PlaneFn fn, int bits = 1) {
@@ -32,16 +35,15 @@ Bytes PlaneFile(int width, int height, PlaneFn fn, int bits = 1) {
 // red, bit 2 green, bit 1 blue, bit 0 raises 128 to 255), then the pixels,
 // bit 3 - i from plane i where `used` has bit i.
 Bytes Page(int width, int height, int planes, unsigned used) {
-    Bytes page = Cut(Image(width, height, 4, nullptr, 16, 16), 104);
-    for (auto [at, v] : {std::pair{20u, std::uint32_t(Stride(width, 4) * height)}, {24u, 3780u + width}, {28u, 2000u + height}, {36u, 16u}})
-        Put32(page, at, v);
+    const std::uint32_t bits = Stride(width, 4) * height;
+    Bytes page = With(With(With(With(Cut(Image(width, height, 4, nullptr, 16, 16), 104), 20, bits), 24, 3780 + width), 28, 2000 + height), 36, 16);
     for (unsigned i = 0, v = 128; i < 16; ++i, v = i & 1 ? 255 : 128)
         Put32(page, 40 + 4 * i, (i & 2 ? v : 0) | (i & 4 ? v << 8 : 0) | (i & 8 ? v << 16 : 0));
     page.resize(104 + Stride(width, 4) * height);
     for (int y = 0; y < height; ++y)
         for (int x = 0; x < width; ++x)
             for (int i = 0; i < planes; ++i)
-                if (used >> i & 1) page[104 + (height - 1 - y) * Stride(width, 4) + x / 2] |= kPlanes[i](x, y) << (3 - i) << (x % 2 ? 0 : 4);
+                page[104 + (height - 1 - y) * Stride(width, 4) + x / 2] |= (used >> i & 1) * kPlanes[i](x, y) << (3 - i) << (x % 2 ? 0 : 4);
     return page;
 }
 
@@ -62,10 +64,8 @@ TEST(PageSections, MergesThePlanesOfThePage) {
     for (const auto& c : cases) {
         SCOPED_TRACE("width " + N(c.width) + ", " + N(c.planes) + " planes, missing " + N(c.missing));
         std::string text = Head(2, c.planes, 2 * c.planes) + "[Page1]\r\nPlane0=no.bmp\r\n[Page2]\r\n";
-        for (int i = 0; i < c.planes; ++i) {
-            WriteFile("plane" + N(i) + ".bmp", PlaneFile(c.width, 3, kPlanes[i]));
-            text += PlaneKeys(i, i + 1, i == c.missing ? "no.bmp" : "plane" + N(i) + ".bmp");
-        }
+        for (int i = 0; i < c.planes; ++i)
+            WriteFile("plane" + N(i) + ".bmp", PlaneFile(c.width, 3, kPlanes[i])), text += PlaneKeys(i, i + 1, i == c.missing ? "no.bmp" : "plane" + N(i) + ".bmp");
         NamedFile descriptor("fax.ini", Text(text));
         int status = -1;
         prism::LastImgError = 27;
@@ -83,20 +83,19 @@ TEST(FileSections, WalkNumbersPagesAsTheFilesRun) {
                                                          "[File2]\r\nName=walk2.tif\r\nPages=2\r\n"));
     // A file's range reaches one page past its "Pages": page 3 points past
     // the end of the first file, and the second file starts at its page 4.
-    const struct { int page; std::string file; int first; } walks[] = {
-        {1, "walk1.tif", 1}, {2, "walk1.tif", 4}, {3, "walk1.tif", 7}, {4, "walk2.tif", 4}};
+    // Planes hold bytes first, first + 1 and first + 2, hand-merged: for page
+    // 1, pixel 6 is green and blue (6), pixel 7 red and blue (10), the rest black.
+    const struct { int page; std::string file; int first; Bytes bits; } walks[] = {
+        {1, "walk1.tif", 1, {0, 0, 0, 0x6A}}, {2, "walk1.tif", 4, {0, 0, 0x0E, 0x24}},
+        {3, "walk1.tif", 7, {0, 0, 0x68, 0x8A}}, {4, "walk2.tif", 4, {0, 0, 0x0E, 0x24}}};
     for (const auto& w : walks) {
         CallLog log;
-        const Bytes page = Take(LoadColorFaxPage(descriptor.path(), w.page, nullptr));
-        ASSERT_EQ(page.size(), 108u) << w.page;
-        std::vector<std::string> calls, expected;
+        EXPECT_EQ(PageBits(LoadColorFaxPage(descriptor.path(), w.page, nullptr)), w.bits) << w.page;
+        std::vector<std::string> calls;
         for (const std::string& line : log.Lines())
             if (line.rfind("ALDER32.DLL|LoadAlderIntoDIB|", 0) == 0) calls.push_back(line.substr(29, line.rfind('|') - 29));
-        for (int i = 0; i < 3; ++i) expected.push_back(w.file + "|" + N(w.first + i) + "|null");
-        EXPECT_EQ(calls, expected) << w.page;
-        // Planes hold bytes 1, 2 and 3: hand-merged, pixel 6 is green and
-        // blue (6), pixel 7 red and blue (10), the rest black.
-        if (w.page == 1) { EXPECT_EQ(Bytes(page.begin() + 104, page.end()), (Bytes{0, 0, 0, 0x6A})); }
+        const std::string f = w.file + "|";
+        EXPECT_EQ(calls, (std::vector{f + N(w.first) + "|null", f + N(w.first + 1) + "|null", f + N(w.first + 2) + "|null"})) << w.page;
     }
 }
 
@@ -109,8 +108,7 @@ TEST(Descriptor, GivesItsPageOrRefuses) {
     NamedFile p24("p24.bmp", PlaneFile(5, 2, nullptr, 24)), p8("p8.bmp", PlaneFile(40, 40, nullptr, 8));
     NamedFile a("a8.bmp", PlaneFile(3, 1, nullptr, 8)), b("b8.bmp", PlaneFile(5, 2, nullptr, 8));
     const Bytes a8 = Take(LoadDIBFromFile(a.path())), b8 = Take(LoadDIBFromFile(b.path())), merged = Page(6, 3, 1, 1);
-    const std::string page1 = "[Page1]\r\nPlane0=p0.bmp\r\n";
-    const std::string range = Head(4, 1, 4, 1, 3) + "[Page-1]\r\nPlane0=a8.bmp\r\n[Page0]\r\nPlane0=b8.bmp\r\n" + page1;
+    const std::string page1 = "[Page1]\r\nPlane0=p0.bmp\r\n", range = Head(4, 1, 4, 1, 3) + "[Page-1]\r\nPlane0=a8.bmp\r\n[Page0]\r\nPlane0=b8.bmp\r\n" + page1;
     const struct { const char* what; std::string text; int page; Bytes expected; int code, status; const char* name = "bad.ini"; } cases[] = {
         {"page 1: section -1", range, 1, a8, 27, -1}, {"page 2: section 0", range, 2, b8, 27, -1},
         {"missing file", "", 1, {}, 3, 3, "no-such.ini"}, {"no name", "", 1, {}, 3, 3, nullptr},
@@ -156,8 +154,7 @@ TEST(FaxMerge, HandChecked) {
         std::fill(packed.begin() + 49, packed.end(), 0xFF);  // later pixels and padding
         HDIB plane = BlockFrom((packed[48] = c.first, packed));
         EXPECT_EQ(prism::MergeFaxPlane(page, plane, c.plane), 1);
-        const Bytes bytes = Take(page);
-        EXPECT_EQ(Bytes(bytes.begin() + 104, bytes.end()), c.target) << "plane " << c.plane << ", width " << c.width;
+        EXPECT_EQ(PageBits(page), c.target) << "plane " << c.plane << ", width " << c.width;
         GlobalFree(plane);
     }
     EXPECT_EQ(prism::CreateFaxPageDib(-5, 3, 0, 0), nullptr);
@@ -172,8 +169,7 @@ TEST(FaxMerge, TallerAndWiderPlane) {
     HDIB page = prism::CreateFaxPageDib(4, 2, 0, 0);
     HDIB tall = BlockFrom(PackedDib({16, 5, 1}, [](int, int y) { return y == 0 ? 1u : 0u; }));
     EXPECT_EQ(prism::MergeFaxPlane(page, tall, 0), 1);
-    const Bytes bytes = Take(page);
-    EXPECT_EQ(Bytes(bytes.begin() + 104, bytes.end()), (Bytes{0, 0, 0, 0, 0x88, 0x88, 0x88, 0x88}));
+    EXPECT_EQ(PageBits(page), (Bytes{0, 0, 0, 0, 0x88, 0x88, 0x88, 0x88}));
     GlobalFree(tall);
 }
 

@@ -46,8 +46,7 @@ struct NamedFile {
 
 // Renames a stand-in module's file away for the life of the object.
 struct HiddenModule {
-    explicit HiddenModule(const std::string& module)
-        : name(module), moved(std::rename(name.c_str(), (name + ".hidden").c_str()) == 0) {}
+    explicit HiddenModule(const std::string& m) : name(m), moved(std::rename(m.c_str(), (m + ".hidden").c_str()) == 0) {}
     ~HiddenModule() { moved && std::rename((name + ".hidden").c_str(), name.c_str()); }
     const std::string name;
     const bool moved;

@@ -27,8 +27,7 @@ static void Log(const char* what, const char* kinds, ...) {
     va_start(args, kinds);
     for (; *kinds; ++kinds) {
         if (*kinds == 's') fprintf(log, "|%s", va_arg(args, const char*));
-        else if (*kinds == 'i') fprintf(log, "|%d", va_arg(args, int));
-        else if (*kinds == 'u') fprintf(log, "|%u", va_arg(args, unsigned));
+        else if (*kinds != 'p') fprintf(log, *kinds == 'i' ? "|%d" : "|%u", va_arg(args, int));
         else {
             size_t v = (size_t)va_arg(args, const void*), i = 2 * sizeof v;
             fputs(v ? "|0x" : "|null", log);
@@ -46,10 +45,9 @@ static HDIB MakeImage(const char* fileName, unsigned page, int* status) {
     HDIB dib = fail ? 0 : GlobalAlloc(66, 52);
     unsigned char* p = dib ? (unsigned char*)GlobalLock(dib) : 0;
     if (status) *status = fail ? 55 : 77;
-    if (!p) return dib;
-    p[0] = 40, p[4] = 8, p[8] = p[12] = p[14] = 1, p[20] = 4, p[32] = 2; // header (the block is zero-filled)
-    p[44] = p[45] = p[46] = 255, p[48] = (unsigned char)page;            // entry 1 white, the pixel byte
-    GlobalUnlock(dib);
+    // The header (the block is zero-filled), entry 1 white, the pixel byte.
+    if (p) p[0] = 40, p[4] = 8, p[8] = p[12] = p[14] = 1, p[20] = 4, p[32] = 2, p[44] = p[45] = p[46] = 255,
+           p[48] = (unsigned char)page, GlobalUnlock(dib);
     return dib;
 }
 // Logs the arguments and the handle made.
