@@ -14,29 +14,25 @@ namespace formats_test {
 
 using testing_support::Bytes;
 
+inline Bytes Text(const std::string& s) { return Bytes(s.begin(), s.end()); }
+
 // The stand-ins' "MODULE|what|arg|..." lines; made afresh per CallLog.
-class CallLog {
-public:
-    CallLog() { Clear(); }
-    ~CallLog() { Clear(); }
+struct CallLog {
+    CallLog() { std::remove(kPath); }
+    ~CallLog() { std::remove(kPath); }
     std::vector<std::string> Lines() const {
         std::vector<std::string> lines;
         std::ifstream in(kPath, std::ios::binary);
         for (std::string line; std::getline(in, line);) lines.push_back(line);
         return lines;
     }
-    void Clear() const { std::remove(kPath); }
-
-private:
     static constexpr const char* kPath = "codec-calls.log";
 };
 
-// Pointers as the stand-ins write them.
+// Pointers as the stand-ins write them: 0x and all their hex digits.
 inline std::string Hex(const void* pointer) {
-    if (!pointer) return "null";
-    std::string text = "0x";
-    for (int i = static_cast<int>(2 * sizeof(void*)) - 1; i >= 0; --i)
-        text += "0123456789abcdef"[(reinterpret_cast<std::uintptr_t>(pointer) >> (4 * i)) & 15];
+    char text[2 * sizeof(void*) + 3];
+    std::snprintf(text, sizeof text, "0x%0*llx", int(2 * sizeof(void*)), static_cast<unsigned long long>(reinterpret_cast<std::uintptr_t>(pointer)));
     return text;
 }
 
@@ -50,15 +46,10 @@ struct NamedFile {
 
 // Renames a stand-in module's file away for the life of the object.
 struct HiddenModule {
-    explicit HiddenModule(const std::string& module)
-        : name(module), moved(std::rename(name.c_str(), (name + ".hidden").c_str()) == 0) {}
-    ~HiddenModule() {
-        if (moved) std::rename((name + ".hidden").c_str(), name.c_str());
-    }
+    explicit HiddenModule(const std::string& m) : name(m), moved(std::rename(m.c_str(), (m + ".hidden").c_str()) == 0) {}
+    ~HiddenModule() { moved && std::rename((name + ".hidden").c_str(), name.c_str()); }
     const std::string name;
     const bool moved;
 };
-
-inline Bytes Text(const std::string& s) { return Bytes(s.begin(), s.end()); }
 
 }  // namespace formats_test

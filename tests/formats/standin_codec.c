@@ -1,5 +1,6 @@
 // A stand-in codec module, built once per module file name (STANDIN_MODULE,
-// e.g. "ALDER32.DLL") with that module's entry points only.  Every load,
+// e.g. "ALDER32.DLL"), each with every entry point: the module's name
+// heads each line it logs.  Every load,
 // unload and call appends "MODULE|what|arg|..." to "codec-calls.log" in the
 // working directory (pointers as 0x and all their hex digits, or "null").
 // Load entries: a name containing "fail" gives 0 and status 55; any other a
@@ -26,8 +27,7 @@ static void Log(const char* what, const char* kinds, ...) {
     va_start(args, kinds);
     for (; *kinds; ++kinds) {
         if (*kinds == 's') fprintf(log, "|%s", va_arg(args, const char*));
-        else if (*kinds == 'i') fprintf(log, "|%d", va_arg(args, int));
-        else if (*kinds == 'u') fprintf(log, "|%u", va_arg(args, unsigned));
+        else if (*kinds != 'p') fprintf(log, *kinds == 'i' ? "|%d" : "|%u", va_arg(args, int));
         else {
             size_t v = (size_t)va_arg(args, const void*), i = 2 * sizeof v;
             fputs(v ? "|0x" : "|null", log);
@@ -40,17 +40,14 @@ static void Log(const char* what, const char* kinds, ...) {
 }
 
 // A new image from the host's own block allocator, as a real reader's.
-__attribute__((unused)) static HDIB MakeImage(const char* fileName, unsigned page, int* status) {
+static HDIB MakeImage(const char* fileName, unsigned page, int* status) {
     const int fail = fileName && strstr(fileName, "fail");
     HDIB dib = fail ? 0 : GlobalAlloc(66, 52);
     unsigned char* p = dib ? (unsigned char*)GlobalLock(dib) : 0;
     if (status) *status = fail ? 55 : 77;
-    if (!p) return dib;
-    memset(p, 0, 52);
-    p[0] = 40, p[4] = 8, p[8] = p[12] = p[14] = 1, p[20] = 4, p[32] = 2; // header
-    p[44] = p[45] = p[46] = 255;                                         // entry 1 white
-    p[48] = (unsigned char)page;
-    GlobalUnlock(dib);
+    // The header (the block is zero-filled), entry 1 white, the pixel byte.
+    if (p) p[0] = 40, p[4] = 8, p[8] = p[12] = p[14] = 1, p[20] = 4, p[32] = 2, p[44] = p[45] = p[46] = 255,
+           p[48] = (unsigned char)page, GlobalUnlock(dib);
     return dib;
 }
 // Logs the arguments and the handle made.
@@ -66,39 +63,20 @@ __attribute__((unused)) static HDIB MakeImage(const char* fileName, unsigned pag
         return result;                         \
     }
 
-#ifdef STANDIN_LOAD_ALDER
 LOAD(LoadAlderIntoDIB, (LPCSTR fileName, UINT page, int* status), page, status, "sup", fileName, page, status)
 LOAD(LoadMapleIntoDIB, (LPCSTR fileName, int reserved), 0, 0, "si", fileName, reserved)
-#endif
-#ifdef STANDIN_LOAD_BIRCH
 LOAD(LoadBirchIntoDIB, (LPCSTR fileName, int* status), 0, status, "sp", fileName, status)
 LOAD(LoadBeechIntoDIB, (LPCSTR fileName, UINT page, int* status), page, status, "sup", fileName, page, status)
-#endif
-#ifdef STANDIN_LOAD_CEDAR
 LOAD(LoadCedarIntoDIB, (LPCSTR fileName, UINT page, int* status), page, status, "sup", fileName, page, status)
-#endif
-#ifdef STANDIN_LOAD_ELDER
 LOAD(LoadElderIntoDIB, (LPCSTR fileName, int reserved), 0, 0, "si", fileName, reserved)
-#endif
-#ifdef STANDIN_SAVE_ALDER
 SAVE(SaveDIBInAlderFormat, (LPCSTR fileName, HDIB dib, int option2, int one), 11, "spii", fileName, dib, option2, one)
 SAVE(SAVEDIBINMAPLEFORMAT, (LPCSTR fileName, HDIB dib, int a, int b, int c), 17, "spiii", fileName, dib, a, b, c)
-#endif
-#ifdef STANDIN_SAVE_BIRCH
 SAVE(SaveDIBInBirchFormat, (LPCSTR fileName, HDIB dib, int* status), 12, "spp", fileName, dib, status)
 SAVE(MakeBeechFile, (LPCSTR fileName, int* status), 13, "sp", fileName, status)
 SAVE(SaveDIBInBeechFormat, (LPCSTR fileName, HDIB dib, int* status), 14, "spp", fileName, dib, status)
-#endif
-#ifdef STANDIN_SAVE_CEDAR
-SAVE(SaveDIBInCedarFormat, (LPCSTR fileName, HDIB dib, int option1, int* status), 15, "spip", fileName, dib, option1,
-     status)
-#endif
-#ifdef STANDIN_SAVE_ELDER
+SAVE(SaveDIBInCedarFormat, (LPCSTR fileName, HDIB dib, int option1, int* status), 15, "spip", fileName, dib, option1, status)
 SAVE(SaveDIBInElderFormat, (LPCSTR fileName, HDIB dib, int flag, int one), 16, "spii", fileName, dib, flag, one)
-#endif
-#ifdef STANDIN_SAVE_HAZEL
 SAVE(SaveDIBInHazelFile, (LPCSTR fileName, HDIB dib, int quality), 18, "spi", fileName, dib, quality)
-#endif
 
 // Loading and freeing, seen from inside the module.
 #ifdef _WIN32

@@ -3,24 +3,12 @@
 # tests' working directory: plat::OpenModule tries ./NAME there first, and
 # LoadLibraryA searches the working directory too.  A test can hide a module
 # by renaming its file for a while.
-set(PRISM_STANDIN_MODULES
-    "ALDER32|STANDIN_LOAD_ALDER"
-    "BIRCH32|STANDIN_LOAD_BIRCH"
-    "CEDAR32|STANDIN_LOAD_CEDAR"
-    "ELDER32|STANDIN_LOAD_ELDER"
-    "ALDER|STANDIN_SAVE_ALDER"
-    "BIRCH|STANDIN_SAVE_BIRCH"
-    "CEDAR|STANDIN_SAVE_CEDAR"
-    "ELDER|STANDIN_SAVE_ELDER"
-    "HAZEL|STANDIN_SAVE_HAZEL")
-foreach(entry ${PRISM_STANDIN_MODULES})
-  string(REPLACE "|" ";" parts "${entry}")
-  list(GET parts 0 base)
-  list(GET parts 1 define)
+set(PRISM_STANDIN_MODULES ALDER32 BIRCH32 CEDAR32 ELDER32 ALDER BIRCH CEDAR ELDER HAZEL)
+foreach(base ${PRISM_STANDIN_MODULES})
   string(TOLOWER "standin_${base}" target)
   add_library(${target} MODULE ${CMAKE_CURRENT_LIST_DIR}/standin_codec.c)
   target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/include)
-  target_compile_definitions(${target} PRIVATE ${define} STANDIN_MODULE="${base}.DLL")
+  target_compile_definitions(${target} PRIVATE STANDIN_MODULE="${base}.DLL")
   set_target_properties(${target} PROPERTIES
     PREFIX "" OUTPUT_NAME ${base} SUFFIX ".DLL"
     LIBRARY_OUTPUT_DIRECTORY ${PRISM_TEST_WORKDIR}
