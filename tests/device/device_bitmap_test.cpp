@@ -14,6 +14,43 @@ using namespace testing_support;
 
 namespace {
 
+// Pixel values of a device bitmap of depth 1 to 24, and of a packed DIB,
+// top row first.
+std::vector<unsigned> PixelsOf(HBITMAP bitmap) {
+    const BITMAP bm = RecordOf(bitmap);
+    Bytes bits(static_cast<size_t>(bm.bmWidthBytes) * bm.bmHeight);
+    GetBitmapBits(bitmap, static_cast<LONG>(bits.size()), bits.data());
+    std::vector<unsigned> v;
+    for (int y = 0; y < bm.bmHeight; ++y)
+        for (int x = 0; x < bm.bmWidth; ++x) {
+            const unsigned char* row = bits.data() + static_cast<size_t>(bm.bmWidthBytes) * y;
+            switch (bm.bmBitsPixel) {
+                case 1: v.push_back(row[x / 8] >> (7 - x % 8) & 1); break;
+                case 4: v.push_back(x % 2 ? row[x / 2] & 15 : row[x / 2] >> 4); break;
+                case 8: v.push_back(row[x]); break;
+                default: v.push_back(row[3 * x] | row[3 * x + 1] << 8 | row[3 * x + 2] << 16); break;
+            }
+        }
+    return v;
+}
+
+std::vector<unsigned> PixelsOf(const Bytes& dib) {
+    std::vector<unsigned> v;
+    for (int y = Field(dib, 8) - 1; y >= 0; --y)
+        for (int x = 0; x < Field(dib, 4); ++x) v.push_back(PixelAt(dib, x, y));
+    return v;
+}
+
+// A device bitmap of the DIB's depth holding its pixels: rows top first,
+// ending on 16-bit boundaries.
+HBITMAP DeviceCopy(const Bytes& dib) {
+    const int w = Field(dib, 4), h = Field(dib, 8), d = dib[14];
+    const size_t wb = (w * d + 15) / 16 * 2, stride = Stride(w, d), at = dib.size() - stride * h;
+    Bytes bits(wb * h);
+    for (int y = 0; y < h; ++y) std::copy_n(dib.begin() + at + stride * (h - 1 - y), wb, bits.begin() + wb * y);
+    return CreateBitmap(w, h, 1, d, bits.data());
+}
+
 using Values = std::vector<unsigned>;
 
 TEST(DeviceBitmap, DibToBitmapAndBackKeepsEveryColour) {

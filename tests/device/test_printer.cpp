@@ -27,12 +27,6 @@ const char kDescription[] =
     "*CloseUI: *PageRegion\n*DefaultImageableArea: Letter\n*ImageableArea Letter/US Letter: \"0 0 612 792\"\n"
     "*DefaultPaperDimension: Letter\n*PaperDimension Letter/US Letter: \"612 792\"\n";
 
-std::string WorkPath(const char* name) {
-    char dir[MAX_PATH] = {};
-    GetCurrentDirectoryA(MAX_PATH, dir);
-    return std::string(dir) + "\\" + name;
-}
-
 bool Install(std::string* error) {
     char dir[MAX_PATH] = {};
     DWORD need = 0;
@@ -74,14 +68,17 @@ bool Install(std::string* error) {
 }  // namespace
 
 bool InstallTestPrinter(std::string* error) {
-    static int state = 0;  // 0 not tried, 1 installed, 2 refused
     static std::string reason;
-    if (state == 0) state = Install(&reason) ? 1 : 2;
+    static const bool installed = Install(&reason);  // once per process
     *error = reason;
-    return state == 1;
+    return installed;
 }
 
-std::string PrinterOutput() { return WorkPath("printed.ps"); }
+std::string PrinterOutput() {
+    char dir[MAX_PATH] = {};
+    GetCurrentDirectoryA(MAX_PATH, dir);
+    return std::string(dir) + "\\printed.ps";
+}
 
 HDC CreateTestPrinterDC() {
     return CreateDCA("WINEPS.DRV", kTestPrinter, PrinterOutput().c_str(), nullptr);

@@ -1,7 +1,7 @@
 // A real printer of the graphics system for the tests: the PostScript
 // driver with a small description (300 dots per inch, Letter, the whole
-// page printable) writing to a file; support/device_support reads what
-// came out.
+// page printable) writing to a file; the printing tests read what came
+// out.
 #pragma once
 
 #include <windows.h>
