@@ -6,11 +6,10 @@ using namespace testing_support;
 
 namespace {
 
-HDIB Grey(HDIB d) { return ConvColorDIBtoGrayscale(d, 0, 1); }
-HDIB GreyMode3(HDIB d) { return ConvColorDIBtoGrayscale(d, 3, 0); }
-HDIB Mono(HDIB d) { return ConvMonoDIBtoGrayscale(d, 0); }
-HDIB MonoMode3(HDIB d) { return ConvMonoDIBtoGrayscale(d, 3); }
-HDIB To24(HDIB d) { return Convert8to24(d); }  // a plain function, like the others
+using Convert = HDIB (*)(HDIB);
+const Convert Grey = [](HDIB d) { return ConvColorDIBtoGrayscale(d, 0, 1); }, GreyMode3 = [](HDIB d) { return ConvColorDIBtoGrayscale(d, 3, 0); };
+const Convert Mono = [](HDIB d) { return ConvMonoDIBtoGrayscale(d, 0); }, MonoMode3 = [](HDIB d) { return ConvMonoDIBtoGrayscale(d, 3); };
+const Convert To24 = [](HDIB d) { return Convert8to24(d); };
 
 TEST(DepthConversions, ClearTheErrorAtEntryAndRefuseWithTheirCodes) {
     Bytes cut8 = Image(5, 5, 8), cut1 = Image(4, 4, 1);
