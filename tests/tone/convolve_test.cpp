@@ -45,7 +45,8 @@ TEST(Convolve, SignsOfTheDivisor) {
 // entries, or ColorConvolution (brightness mode) on 24-bit ones with 2-byte entries.
 Bytes Filter(bool colour, const Bytes& src, int kind, int size, const std::vector<int>& m = {}, const char* file = nullptr,
           int* error = nullptr) {
-    const std::vector<short> s(m.begin(), m.end());
+    std::vector<short> s;
+    for (int v : m) s.push_back(static_cast<short>(v));
     return CopyAndInPlace(src, [&](HDIB dib, BOOL copy, int* e) {
         return colour ? ColorConvolution(dib, copy, 0, WORD(kind), short(size), file, m.empty() ? nullptr : s.data(), e)
                       : Convolve(dib, copy, kind, size, file, m.empty() ? nullptr : m.data(), e);
