@@ -149,13 +149,13 @@ TEST(Dither, PixelsStartBehindAFullTableWhateverClrUsedSays) {
 TEST(Halftone, FailuresWriteOnlyTheSixteenBitErrorWord) {
     // dib: empty for a block that cannot be locked; code 0 for success;
     // lock: L left locked once more, u unlocked, - no block.
-    struct Case { const char* what; Bytes dib; WORD method, code; char lock; } cases[] = {
+    struct Case { const char* what; Bytes dib; WORD method, code; char lock; };
+    std::vector<Case> all = {
         {"null handle", {}, 0, 8, '-'}, {"unlockable", {}, 0, 1, '-'}, {"method 3", FlatGrey(8, 4, 8, 77), 3, 8, 'u'},
         {"1-bit", FlatGrey(8, 2, 1, 0), 0, 8, 'L'}, {"16-bit", FlatGrey(8, 2, 16, 0), 0, 8, 'L'},
         {"32-bit", FlatGrey(8, 2, 32, 0), 0, 8, 'L'}, {"12 bytes", Bytes(12, 0), 0, 8, 'L'},
         {"compressed", With(FlatGrey(8, 2, 8, 200), 16, 1), 1, 0, 'u'},
     };
-    std::vector<Case> all(std::begin(cases), std::end(cases));
     for (int depth : {4, 8, 24}) {
         all.push_back({"no rows", FlatGrey(8, 0, depth, 9), 1, 1, 'u'});
         all.push_back({"no columns", FlatGrey(0, 3, depth, 9), 1, 1, 'u'});
