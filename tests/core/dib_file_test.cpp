@@ -88,7 +88,7 @@ TEST(DibFile, ReadDibInfoCountsOffsetsFromWhereTheFileStands) {
 
 TEST(DibFile, BadFilesAndFailedSavesGiveTheirCodes) {
     const Bytes good = BmpFile(Image(1, 1, 8));
-    auto with = [&](size_t at, std::uint32_t v) { Bytes b = good; return Put32(b, 14 + at, v), b; };
+    auto with = [&](size_t at, std::uint32_t v) { return With(good, 14 + at, v); };
     Bytes fiftyThree(53, 0x20), wide = with(4, 0x7FFFFFFF);
     fiftyThree[0] = 'B', fiftyThree[1] = 'M';
     Put32(wide, 14 + 8, 0x7FFFFFFF);

@@ -45,29 +45,16 @@ const Op kOps[] = {
 };
 
 // The operation's result block, or nothing when it fails.
-Bytes ResultOf(const Op& op, const Bytes& image) {
-    HGLOBAL source = BlockFrom(image);
-    HDIB result = op.run(source);
-    Bytes bytes = result ? BlockBytes(result) : Bytes();
-    if (result) GlobalFree(result);
-    GlobalFree(source);
-    return bytes;
-}
-
 TEST(Simd, VectorPathsGiveThePlainBytes) {
     const prism::SimdSupport detected = prism::Simd();
     for (int bits : {1, 8, 24})
         for (int width : {263, 300}) {
-            DibShape shape;
-            shape.width = width;
-            shape.height = 37;
-            shape.bitCount = bits;
-            const Bytes image = PackedDib(shape, Noise);
+            const Bytes image = Image(width, 37, bits, Noise);
             for (const Op& op : kOps) {
                 prism::SetSimdForTesting(detected);
-                const Bytes vector = ResultOf(op, image);
+                const Bytes vector = Call(op.run, image);
                 prism::SetSimdForTesting(prism::SimdSupport());
-                const Bytes plain = ResultOf(op, image);
+                const Bytes plain = Call(op.run, image);
                 EXPECT_TRUE(vector == plain) << op.name << ", " << bits << " bits, width " << width;
             }
         }

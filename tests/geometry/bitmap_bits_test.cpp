@@ -20,9 +20,8 @@ struct Layout {
     std::uint64_t row, plane, widthBytes;
 };
 
-Layout LayoutOf(bool interleaved, std::uint64_t widthBytes, std::uint64_t rows, int planes) {
-    return interleaved ? Layout{planes * widthBytes, widthBytes, widthBytes}
-                       : Layout{widthBytes, rows * widthBytes, widthBytes};
+Layout LayoutOf(bool interleaved, std::uint64_t wb, std::uint64_t rows, int planes) {
+    return interleaved ? Layout{planes * wb, wb, wb} : Layout{wb, rows * wb, wb};
 }
 
 unsigned Get(const Bytes& b, const Layout& l, int plane, int x, int y, int d) {

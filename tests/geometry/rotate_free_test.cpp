@@ -9,9 +9,7 @@ using namespace testing_support;
 
 namespace {
 
-Moved Turn(const Bytes& source, int angle, int walkMode) {
-    return Move(RotateDIB, source, angle, walkMode);
-}
+Moved Turn(const Bytes& source, int angle, int walkMode) { return Move(RotateDIB, source, angle, walkMode); }
 
 const int kDepths[] = {1, 4, 8, 24};
 

@@ -12,11 +12,7 @@ unsigned White(int, int) { return 255; }
 unsigned Black(int, int) { return 0; }
 
 // A DIB with a rising grey table: entry k holds k at 8 bits, 17 k at 4.
-Bytes GreyDib(int width, int height, int depth, unsigned (*pixel)(int, int) = Ramp) {
-    Bytes b = Image(width, height, depth, pixel);
-    for (int k = 0; depth <= 8 && k < 1 << depth; ++k) std::memset(b.data() + 40 + 4 * k, k * (depth == 4 ? 17 : 1), 3);
-    return b;
-}
+Bytes GreyDib(int width, int height, int depth, unsigned (*pixel)(int, int) = Ramp) { return GreyImage(width, height, depth, pixel); }
 
 // The result's bytes, empty for 0.  The result comes back locked once, the
 // source unlocked (`sourceLocked` says otherwise).
@@ -27,13 +23,12 @@ Bytes ScaleGrey(const Bytes& source, int x0, int y0, int w, int h, int zx, int z
     GlobalLock(dib);
     EXPECT_EQ(GlobalUnlock(dib) != 0, sourceLocked);
     GlobalFree(dib);
-    if (!out) return Bytes();
-    GlobalLock(out);
-    EXPECT_TRUE(GlobalUnlock(out)) << "returned with its lock standing";
-    GlobalUnlock(out);
-    Bytes result = BlockBytes(out);
-    GlobalFree(out);
-    return result;
+    if (out) {
+        GlobalLock(out);
+        EXPECT_TRUE(GlobalUnlock(out)) << "returned with its lock standing";
+        GlobalUnlock(out);
+    }
+    return Take(out);
 }
 
 class GreyByDepthMode : public ::testing::TestWithParam<std::tuple<int, int>> {};

@@ -8,10 +8,6 @@ namespace {
 
 using namespace testing_support;
 
-unsigned Pattern(int x, int y) {
-    const unsigned v = static_cast<unsigned>(x * 7 + y * 11 + (x * y) % 5);
-    return v | (v * 29u + 3) << 8 | (v * 53u + 7) << 16;
-}
 unsigned Five(int, int) { return 5; }
 unsigned White(int, int) { return 0xFFFFFF; }
 unsigned SmallIndex(int x, int y) { return static_cast<unsigned>((x * 3 + y) % 16); }

@@ -13,10 +13,7 @@ namespace {
 // No pixel is 0, so a moved pixel is told from the zero background.
 unsigned NonZero(int x, int y) { return static_cast<unsigned>(x * 5 + y * 3 + 1) % 15 + 1; }
 Bytes Shape(int width, int height, int bitCount) { return Image(width, height, bitCount, NonZero); }
-
-Moved Skew(const Bytes& source, bool horizontal, int skew) {
-    return Move(SkewDIB, source, horizontal, skew);
-}
+Moved Skew(const Bytes& source, bool horizontal, int skew) { return Move(SkewDIB, source, horizontal, skew); }
 
 TEST(SkewDIB, CornersDescribeTheMovedShape) {
     const struct { bool horizontal; int skew; std::vector<int> corners; } cases[] = {

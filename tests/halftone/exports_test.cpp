@@ -10,33 +10,25 @@ using namespace testing_support;
 
 namespace {
 
-// A DIB with a grey-ramp table (entry i = i * 255 / (n - 1)); pixel(x, y),
-// y as stored, is an index at 4 and 8 bits and 0xRRGGBB at 24.
-Bytes GreyDib(int width, int height, int depth, const std::function<unsigned(int, int)>& pixel) {
-    Bytes b = ToDib(Make(width, height, depth, pixel));
-    for (int i = 0, n = depth <= 8 ? 1 << depth : 0; i < n; ++i) std::memset(&b[40 + 4 * i], i * 255 / (n - 1), 3);
-    return b;
-}
 // Grey g (0..255) as a pixel of `depth`; at 4 bits the nearest of 16 levels.
 unsigned Grey(int depth, unsigned g) { return depth == 4 ? (g + 8) / 17 : depth == 8 ? g : g * 0x010101u; }
 Bytes FlatGrey(int width, int height, int depth, unsigned g) {
-    return GreyDib(width, height, depth, [=](int, int) { return Grey(depth, g); });
+    return GreyImage(width, height, depth, [=](int, int) { return Grey(depth, g); });
 }
 
-// The result's bytes of op on a copy of `dib`; empty on failure or when the
-// source block was changed.
-Bytes RunOn(const Bytes& dib, const std::function<HDIB(HGLOBAL)>& op) {
-    HGLOBAL block = BlockFrom(dib);
-    Bytes out = Take(op(block));
-    if (BlockBytes(block) != dib) out.clear();
-    GlobalFree(block);
-    return out;
-}
-
-// True when the block still carries a lock left by an operation.
-bool StillLocked(HGLOBAL block) {
-    GlobalLock(block);
-    return GlobalUnlock(block) != 0;
+// Runs call on a block holding dib (no block for a null handle) and tells
+// whether a result came; lock: L left locked once more, u unlocked, - no block.
+bool Succeeds(bool nullHandle, const Bytes& dib, char lock, const std::function<HDIB(HGLOBAL)>& call) {
+    HGLOBAL block = nullHandle ? nullptr : BlockFrom(dib);
+    HDIB result = call(block);
+    if (lock != '-') {
+        GlobalLock(block);
+        EXPECT_EQ(GlobalUnlock(block) != 0, lock == 'L');
+    }
+    if (lock == 'L') GlobalUnlock(block);
+    if (result) GlobalFree(result);
+    if (block) GlobalFree(block);
+    return result != nullptr;
 }
 
 // Share of the pixels of a result that have value v; -1 for no result.
@@ -59,7 +51,7 @@ const Export kExports[] = {
 // Also checks that a success leaves LastImgError at 0.
 Bytes Dither(const Export& e, const Bytes& dib, int bits) {
     prism::LastImgError = 5;
-    Bytes out = RunOn(dib, [&](HGLOBAL block) { return e.fn(block, bits); });
+    Bytes out = Call([&](HGLOBAL block) { return e.fn(block, bits); }, dib);
     if (!out.empty()) { EXPECT_EQ(ImgError(), 0); }
     return out;
 }
@@ -67,15 +59,9 @@ Bytes Dither(const Export& e, const Bytes& dib, int bits) {
 // Also checks that a success leaves the error word alone.
 Bytes Half(const Bytes& dib, WORD method, int brightness) {
     WORD error = 0xBEEF;
-    Bytes out = RunOn(dib, [&](HGLOBAL block) { return Halftone(block, method, brightness, &error); });
+    Bytes out = Call([&](HGLOBAL block) { return Halftone(block, method, brightness, &error); }, dib);
     EXPECT_EQ(error, 0xBEEF);
     return out;
-}
-
-Bytes Compressed() {  // RLE8 in the header; not looked at, the rows are read as pixels
-    Bytes b = FlatGrey(8, 2, 8, 200);
-    b[16] = 1;
-    return b;
 }
 
 TEST(Dither, RefusalsByCodeAndLock) {
@@ -89,7 +75,8 @@ TEST(Dither, RefusalsByCodeAndLock) {
         {"no rows", FlatGrey(8, 0, 8, 0), 1, {1, 1, 1, 1}, "LLLL"},
         {"no columns", FlatGrey(0, 3, 24, 0), 1, {1, 1, 1, 1}, "uuuu"},
         {"wider than 32767", FlatGrey(40000, 1, 8, 0), 1, {8, 8, 8, 8}, "uuuu"},
-        {"compressed", Compressed(), 1, {0, 0, 0, 0}, "uuuu"},
+        // RLE8 in the header is not looked at: the rows are read as pixels.
+        {"compressed", With(FlatGrey(8, 2, 8, 200), 16, 1), 1, {0, 0, 0, 0}, "uuuu"},
     };
     for (int bits : {0, 2, 3, 5, 16, 24, -1}) all.push_back({"bits", FlatGrey(8, 2, 24, 0), bits, {8, 8, 8, 8}, "uuuu"});
     // b not below D, or D not 4, 8 or 24; Smooth and Sharp refuse b = 8 first.
@@ -101,15 +88,9 @@ TEST(Dither, RefusalsByCodeAndLock) {
     for (const Case& c : all) {
         for (int i = 0; i < 4; ++i) {
             SCOPED_TRACE(std::string(kExports[i].name) + ": " + c.what + " bits " + std::to_string(c.bits));
-            HGLOBAL block = &c == &all[0] ? nullptr : BlockFrom(c.dib);
             prism::LastImgError = 99;
-            HDIB result = kExports[i].fn(block, c.bits);
-            EXPECT_EQ(result != nullptr, c.code[i] == 0);
+            EXPECT_EQ(Succeeds(&c == &all[0], c.dib, c.lock[i], [&](HGLOBAL b) { return kExports[i].fn(b, c.bits); }), c.code[i] == 0);
             EXPECT_EQ(ImgError(), c.code[i]);
-            if (c.lock[i] != '-') { EXPECT_EQ(StillLocked(block), c.lock[i] == 'L'); }
-            if (c.lock[i] == 'L') GlobalUnlock(block);
-            if (result) GlobalFree(result);
-            if (block) GlobalFree(block);
         }
     }
 }
@@ -142,7 +123,7 @@ TEST(Dither, EveryAcceptedPairOfDepths) {
                 for (int w : {8, 16, 40}) {
                     if (depth == 24) break;
                     auto grey = [w](int d) {
-                        return GreyDib(w, 11, d, [d](int x, int y) { return Grey(d, (x * 5 + y * 3 + (x * y) % 7) % 16 * 17); });
+                        return GreyImage(w, 11, d, [d](int x, int y) { return Grey(d, (x * 5 + y * 3 + (x * y) % 7) % 16 * 17); });
                     };
                     Bytes from24 = Dither(e, grey(24), bits);
                     ASSERT_FALSE(from24.empty());
@@ -168,31 +149,25 @@ TEST(Dither, PixelsStartBehindAFullTableWhateverClrUsedSays) {
 TEST(Halftone, FailuresWriteOnlyTheSixteenBitErrorWord) {
     // dib: empty for a block that cannot be locked; code 0 for success;
     // lock: L left locked once more, u unlocked, - no block.
-    struct Case { const char* what; Bytes dib; WORD method, code; char lock; } cases[] = {
+    struct Case { const char* what; Bytes dib; WORD method, code; char lock; };
+    std::vector<Case> all = {
         {"null handle", {}, 0, 8, '-'}, {"unlockable", {}, 0, 1, '-'}, {"method 3", FlatGrey(8, 4, 8, 77), 3, 8, 'u'},
         {"1-bit", FlatGrey(8, 2, 1, 0), 0, 8, 'L'}, {"16-bit", FlatGrey(8, 2, 16, 0), 0, 8, 'L'},
         {"32-bit", FlatGrey(8, 2, 32, 0), 0, 8, 'L'}, {"12 bytes", Bytes(12, 0), 0, 8, 'L'},
-        {"compressed", Compressed(), 1, 0, 'u'},
+        {"compressed", With(FlatGrey(8, 2, 8, 200), 16, 1), 1, 0, 'u'},
     };
-    std::vector<Case> all(std::begin(cases), std::end(cases));
     for (int depth : {4, 8, 24}) {
         all.push_back({"no rows", FlatGrey(8, 0, depth, 9), 1, 1, 'u'});
         all.push_back({"no columns", FlatGrey(0, 3, depth, 9), 1, 1, 'u'});
     }
     for (const Case& c : all) {
         SCOPED_TRACE(c.what);
-        HGLOBAL block = &c == &all[0] ? nullptr : BlockFrom(c.dib);
         WORD words[2] = {0xBEEF, 0xBEEF};
         prism::LastImgError = 12;
-        HDIB result = Halftone(block, c.method, 0, &words[0]);
-        EXPECT_EQ(result != nullptr, c.code == 0);
+        EXPECT_EQ(Succeeds(&c == &all[0], c.dib, c.lock, [&](HGLOBAL b) { return Halftone(b, c.method, 0, &words[0]); }), c.code == 0);
         EXPECT_EQ(words[0], c.code ? c.code : 0xBEEF);
         EXPECT_EQ(words[1], 0xBEEF);  // only 16 bits are written
         EXPECT_EQ(ImgError(), 12);    // the library's code is never touched
-        if (c.lock != '-') { EXPECT_EQ(StillLocked(block), c.lock == 'L'); }
-        if (c.lock == 'L') GlobalUnlock(block);
-        if (result) GlobalFree(result);
-        if (block) GlobalFree(block);
     }
 }
 
@@ -216,11 +191,11 @@ TEST(Halftone, EveryDepthAndMethod) {
             Bytes cut = FlatGrey(13, 7, depth, 255);
             cut.resize(cut.size() - 1);
             WORD word = 0;
-            EXPECT_TRUE(RunOn(cut, [&](HGLOBAL b) { return Halftone(b, method, 0, &word); }).empty());
+            EXPECT_TRUE(Call([&](HGLOBAL b) { return Halftone(b, method, 0, &word); }, cut).empty());
             EXPECT_EQ(word, 8);
             // 4- and 8-bit rows map one to one and agree.
             auto ramp = [&](int d) {
-                return Half(GreyDib(21, 9, d, [&](int x, int y) { return Grey(d, (x + 3 * y) % 16 * 17); }), method, 5);
+                return Half(GreyImage(21, 9, d, [&](int x, int y) { return Grey(d, (x + 3 * y) % 16 * 17); }), method, 5);
             };
             if (depth == 4) { EXPECT_EQ(ramp(4), ramp(8)); }
         }
@@ -230,7 +205,7 @@ TEST(Halftone, EveryDepthAndMethod) {
 TEST(Halftone, ThresholdAndBrightnessOffset) {
     // 8-bit grey 126..131: 128 is black, 129 white; brightness moves the
     // step and is limited to 0..255 without overflow.
-    Bytes src = GreyDib(6, 1, 8, [](int x, int) { return static_cast<unsigned>(126 + x); });
+    Bytes src = GreyImage(6, 1, 8, [](int x, int) { return static_cast<unsigned>(126 + x); });
     struct Case { int brightness; unsigned bits[6]; } cases[] = {
         {0, {0, 0, 0, 1, 1, 1}}, {-1, {0, 0, 0, 0, 1, 1}}, {3, {1, 1, 1, 1, 1, 1}},
         {-2000000000, {0, 0, 0, 0, 0, 0}}, {2000000000, {1, 1, 1, 1, 1, 1}}};
@@ -240,7 +215,7 @@ TEST(Halftone, ThresholdAndBrightnessOffset) {
         for (int x = 0; x < 6; ++x) EXPECT_EQ(PixelAt(out, x, 0), c.bits[x]) << c.brightness << " x " << x;
     }
     // 24 bits: grey (59 G + 11 B + 30 R) / 100 = (11800 + 594 + 1350) / 100 = 137.
-    Bytes colour = GreyDib(1, 1, 24, [](int, int) { return 0x2DC836u; });
+    Bytes colour = GreyImage(1, 1, 24, [](int, int) { return 0x2DC836u; });
     EXPECT_EQ(Share(Half(colour, 0, -8), 1), 1.0);
     EXPECT_EQ(Share(Half(colour, 0, -9), 1), 0.0);
 }

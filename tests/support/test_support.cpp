@@ -12,7 +12,23 @@ size_t Stride(int width, int bitCount) {
     return (static_cast<size_t>(width) * static_cast<size_t>(bitCount) + 31) / 32 * 4;
 }
 
-Bytes PackedDib(const DibShape& s, unsigned (*pixel)(int, int)) {
+namespace {
+// Writes a pixel at an absolute bit position, the first pixel of a byte in
+// its high bits; 24-bit values as blue, green, red.
+void PutBits(unsigned char* area, std::uint64_t bitPos, int bits, unsigned v) {
+    if (bits == 24) {
+        for (int k = 0; k < 3; ++k) area[bitPos / 8 + k] = static_cast<unsigned char>(v >> (8 * k));
+        return;
+    }
+    for (int k = 0; k < bits; ++k) {
+        const std::uint64_t b = bitPos + k;
+        const unsigned char mask = static_cast<unsigned char>(0x80 >> (b % 8));
+        area[b / 8] = static_cast<unsigned char>((v >> (bits - 1 - k)) & 1 ? area[b / 8] | mask : area[b / 8] & ~mask);
+    }
+}
+}  // namespace
+
+Bytes PackedDib(const DibShape& s, const PixelFn& pixel) {
     const int colors = s.colors >= 0 ? s.colors : s.bitCount <= 8 ? 1 << s.bitCount : 0;
     const size_t head = s.coreHeader ? 12 : 40, entry = s.coreHeader ? 3 : 4, stride = Stride(s.width, s.bitCount);
     Bytes b(head + colors * entry + stride * s.height, 0);
@@ -35,27 +51,31 @@ Bytes PackedDib(const DibShape& s, unsigned (*pixel)(int, int)) {
     return b;
 }
 
+Bytes GreyImage(int w, int h, int bits, const PixelFn& pixel) {
+    Bytes b = Image(w, h, bits, pixel);
+    for (int k = 0, n = bits <= 8 ? 1 << bits : 0; k < n; ++k) std::memset(&b[40 + 4 * k], k * 255 / (n - 1), 3);
+    return b;
+}
+
+namespace {
+// Entries of the colour table: biClrUsed when set (40-byte headers), else by depth.
+size_t Colors(const Bytes& dib) {
+    const bool info = Get32(dib, 0) == 40;
+    const unsigned bits = info ? dib[14] | dib[15] << 8 : dib[10] | dib[11] << 8;
+    return info && Get32(dib, 32) ? Get32(dib, 32) : bits <= 8 ? size_t(1) << bits : 0;
+}
+}  // namespace
+
 Bytes BmpFile(const Bytes& packed, long offBits) {
     Bytes file(14 + packed.size(), 0);
     file[0] = 'B';
     file[1] = 'M';
     Put32(file, 2, static_cast<std::uint32_t>(packed.size() + 14));
-    if (offBits < 0) {
-        std::uint32_t size = Get32(packed, 0);
-        size_t entry = size == 40 ? 4 : 3;
-        unsigned bitCount = size == 40 ? packed[14] | packed[15] << 8 : packed[10] | packed[11] << 8;
-        size_t colors = size == 40 && Get32(packed, 32) ? Get32(packed, 32) : bitCount <= 8 ? 1u << bitCount : 0;
-        offBits = static_cast<long>(14 + size + colors * entry);
-    }
+    const std::uint32_t size = Get32(packed, 0);
+    if (offBits < 0) offBits = static_cast<long>(14 + size + Colors(packed) * (size == 40 ? 4 : 3));
     Put32(file, 10, static_cast<std::uint32_t>(offBits));
     if (!packed.empty()) std::memcpy(file.data() + 14, packed.data(), packed.size());
     return file;
-}
-
-Bytes Uniform(int width, int height, int bitCount, unsigned value) {
-    static unsigned current;  // PackedDib takes a plain function
-    current = value;
-    return Image(width, height, bitCount, [](int, int) { return current; });
 }
 
 std::uint64_t Hash(const Bytes& b) {
@@ -64,13 +84,9 @@ std::uint64_t Hash(const Bytes& b) {
     return h;
 }
 
-size_t BitsOffset(const Bytes& dib) {
-    const unsigned bits = dib[14] | dib[15] << 8;
-    const std::uint32_t used = Get32(dib, 32);
-    return 40 + (used ? used : bits <= 8 ? (1u << bits) : 0) * 4;
-}
+size_t BitsOffset(const Bytes& dib) { return 40 + Colors(dib) * 4; }
 
-Picture Make(int w, int h, int bits, const std::function<unsigned(int, int)>& fn) {
+Picture Make(int w, int h, int bits, const PixelFn& fn) {
     Picture p(w, h, bits);
     const unsigned mask = bits >= 24 ? 0xFFFFFFu : (1u << bits) - 1;
     for (int y = 0; y < h; ++y)
@@ -88,27 +104,8 @@ Picture Varied(int w, int h, int bits) {
     });
 }
 
-void PutBits(unsigned char* area, std::uint64_t bitPos, int bits, unsigned v) {
-    if (bits == 24) {
-        unsigned char* p = area + bitPos / 8;
-        for (int k = 0; k < 3; ++k) p[k] = static_cast<unsigned char>(v >> (8 * k));
-        return;
-    }
-    for (int k = 0; k < bits; ++k) {
-        const std::uint64_t b = bitPos + k;
-        const unsigned char mask = static_cast<unsigned char>(0x80 >> (b % 8));
-        area[b / 8] = static_cast<unsigned char>((v >> (bits - 1 - k)) & 1 ? area[b / 8] | mask : area[b / 8] & ~mask);
-    }
-}
-
 Bytes ToDib(const Picture& p) {
-    Bytes dib = Image(p.width, p.height, p.bits, [](int, int) { return 0u; });
-    const size_t stride = Stride(p.width, p.bits);
-    unsigned char* bits = dib.data() + BitsOffset(dib);
-    for (int y = 0; y < p.height; ++y)
-        for (int x = 0; x < p.width; ++x)
-            PutBits(bits + stride * y, static_cast<std::uint64_t>(x) * p.bits, p.bits, p.at(x, y));
-    return dib;
+    return Image(p.width, p.height, p.bits, [&p](int x, int y) { return p.at(x, p.height - 1 - y); });
 }
 
 Bytes Take(HDIB dib) {
@@ -118,14 +115,7 @@ Bytes Take(HDIB dib) {
     return b;
 }
 
-Bytes Apply(const Bytes& in, const std::function<HDIB(HGLOBAL)>& op) {
-    HGLOBAL block = BlockFrom(in);
-    Bytes result = Take(op(block));
-    GlobalFree(block);
-    return result;
-}
-
-Bytes Call(DibOp op, const Bytes& in) {
+Bytes Call(const std::function<HDIB(HGLOBAL)>& op, const Bytes& in) {
     HGLOBAL block = BlockFrom(in);
     Bytes result = Take(op(block));
     EXPECT_TRUE(BlockBytes(block) == in) << "the input block was changed";
@@ -168,8 +158,7 @@ Bytes BlockBytes(HGLOBAL block) {
 unsigned PixelAt(const Bytes& dib, int x, int y) {
     const bool info = Get32(dib, 0) == 40;
     const int width = info ? Field(dib, 4) : dib[4] | dib[5] << 8, bitCount = dib[info ? 14 : 10];
-    const size_t colors = info && Get32(dib, 32) ? Get32(dib, 32) : bitCount <= 8 ? 1u << bitCount : 0;
-    const unsigned char* row = dib.data() + (info ? 40 + colors * 4 : 12 + colors * 3) + Stride(width, bitCount) * y;
+    const unsigned char* row = dib.data() + (info ? 40 + Colors(dib) * 4 : 12 + Colors(dib) * 3) + Stride(width, bitCount) * y;
     if (bitCount == 24) return row[x * 3] | row[x * 3 + 1] << 8 | row[x * 3 + 2] << 16;
     const unsigned bitPos = unsigned(x) * bitCount;  // 1, 4 and 8 bits: the first pixel in the high bits
     return (row[bitPos / 8] >> (8 - bitCount - bitPos % 8)) & ((1u << bitCount) - 1);
@@ -183,8 +172,6 @@ ScratchFile::ScratchFile(const std::string& stem) {
 
 ScratchFile::~ScratchFile() { std::remove(path_.c_str()); }
 
-void ScratchFile::Write(const Bytes& bytes) const { WriteFile(path_, bytes); }
-Bytes ScratchFile::Read() const { return ReadFile(path_); }
 
 Bytes ReadFile(const std::string& path) {
     std::ifstream in(path, std::ios::binary);

@@ -49,13 +49,22 @@ struct DibShape {
 // Packed DIB bytes: a table of distinct colours (entry i is blue 3i+1,
 // green 5i+2, red 255-i) and pixels from `pixel` (x, y counted from the
 // top) or a fixed pattern when no function is given.
-Bytes PackedDib(const DibShape& shape, unsigned (*pixel)(int x, int y) = nullptr);
-inline Bytes Image(int w, int h, int bits, unsigned (*pixel)(int, int) = nullptr, int colors = -1,
-                   std::uint32_t clrUsed = 0) {
+using PixelFn = std::function<unsigned(int x, int y)>;
+Bytes PackedDib(const DibShape& shape, const PixelFn& pixel = nullptr);
+inline Bytes Image(int w, int h, int bits, const PixelFn& pixel = nullptr, int colors = -1, std::uint32_t clrUsed = 0) {
     return PackedDib({w, h, bits, colors, clrUsed}, pixel);
 }
+// With a grey table: entry k = k * 255 / (n - 1).
+Bytes GreyImage(int w, int h, int bits, const PixelFn& pixel);
+// A varied pattern: an index at 8 bits and below, three mixed channels at 24.
+inline unsigned Pattern(int x, int y) {
+    const unsigned v = static_cast<unsigned>(x * 7 + y * 11 + (x * y) % 5);
+    return v | (v * 29u + 3) << 8 | (v * 53u + 7) << 16;
+}
 // Every pixel of one value.
-Bytes Uniform(int width, int height, int bitCount, unsigned value);
+inline Bytes Uniform(int width, int height, int bitCount, unsigned value) {
+    return Image(width, height, bitCount, [=](int, int) { return value; });
+}
 // A BMP file: 14-byte file header in front of the packed DIB.  offBits
 // of -1 means the usual offset behind the colour table.
 Bytes BmpFile(const Bytes& packed, long offBits = -1);
@@ -77,12 +86,9 @@ struct Picture {
     unsigned at(int x, int y) const { return px[static_cast<size_t>(y) * width + x]; }
 };
 // Filled by fn(x, y), y from the bottom, masked to the depth.
-Picture Make(int w, int h, int bits, const std::function<unsigned(int, int)>& fn);
+Picture Make(int w, int h, int bits, const PixelFn& fn);
 // A fixed, varied picture: a small mixing function, different per depth.
 Picture Varied(int w, int h, int bits);
-// Writes a pixel at an absolute bit position, the first pixel of a byte in
-// its high bits; 24-bit values as blue, green, red.
-void PutBits(unsigned char* area, std::uint64_t bitPos, int bits, unsigned v);
 // DIB bytes of a picture (40-byte header, table by depth, zero padding).
 Bytes ToDib(const Picture& p);
 
@@ -93,13 +99,10 @@ Bytes BlockBytes(HGLOBAL block);
 // The bytes of a result block, freed; empty for no result.
 Bytes Take(HDIB dib);
 
-// The result's bytes of op on a block holding `in` (empty for 0); the
-// block is freed.
-Bytes Apply(const Bytes& in, const std::function<HDIB(HGLOBAL)>& op);
 // Runs an export on bytes and gives back the result's bytes (empty for a
 // 0 result); the input block is checked to be unchanged and freed.
 using DibOp = HDIB(WINAPI*)(HDIB);
-Bytes Call(DibOp op, const Bytes& in);
+Bytes Call(const std::function<HDIB(HGLOBAL)>& op, const Bytes& in);
 
 // RotateDIB and SkewDIB: the result's bytes, the error word (-7 if never
 // written) and the corners.  The source is locked once before the call: a
@@ -128,6 +131,9 @@ Bytes CopyAndInPlace(const Bytes& src, Filter filter, int* errorOut) {
     return copy;
 }
 
+Bytes ReadFile(const std::string& path);
+void WriteFile(const std::string& path, const Bytes& bytes);
+
 // A file in the test's working directory, removed at the end of the scope.
 class ScratchFile {
 public:
@@ -136,15 +142,13 @@ public:
     ScratchFile(const ScratchFile&) = delete;
     ScratchFile& operator=(const ScratchFile&) = delete;
     const char* path() const { return path_.c_str(); }
-    void Write(const Bytes& bytes) const;
-    Bytes Read() const;
+    void Write(const Bytes& bytes) const { WriteFile(path_, bytes); }
+    Bytes Read() const { return ReadFile(path_); }
 
 private:
     std::string path_;
 };
 
-Bytes ReadFile(const std::string& path);
-void WriteFile(const std::string& path, const Bytes& bytes);
 
 // Records every message box for the life of the object; nothing is shown.
 class MessageRecorder {

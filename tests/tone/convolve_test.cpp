@@ -41,73 +41,87 @@ TEST(Convolve, SignsOfTheDivisor) {
     EXPECT_EQ(Filtered(src, 1, 3, m), Filtered(src, 1, 3, flipped));
 }
 
-Bytes Le32(const std::vector<int>& values) {
-    Bytes b;
-    for (int v : values)
-        for (int k = 0; k < 4; ++k) b.push_back(static_cast<unsigned char>(static_cast<unsigned>(v) >> (8 * k)));
+// Either filter: Convolve on 8-bit images with 4-byte matrix and kernel-file
+// entries, or ColorConvolution (brightness mode) on 24-bit ones with 2-byte entries.
+Bytes Filter(bool colour, const Bytes& src, int kind, int size, const std::vector<int>& m = {}, const char* file = nullptr,
+          int* error = nullptr) {
+    std::vector<short> s;
+    for (int v : m) s.push_back(static_cast<short>(v));
+    return CopyAndInPlace(src, [&](HDIB dib, BOOL copy, int* e) {
+        return colour ? ColorConvolution(dib, copy, 0, WORD(kind), short(size), file, m.empty() ? nullptr : s.data(), e)
+                      : Convolve(dib, copy, kind, size, file, m.empty() ? nullptr : m.data(), e);
+    }, error);
+}
+Bytes Kernel(bool colour, const std::vector<int>& values) {
+    const size_t w = colour ? 2 : 4;
+    Bytes b(w * values.size());
+    for (size_t i = 0; i < b.size(); ++i) b[i] = static_cast<unsigned char>(static_cast<unsigned>(values[i / w]) >> (8 * (i % w)));
     return b;
 }
 
-TEST(Convolve, RefusesKindsSizesMatricesKernelFilesAndImages) {
-    Bytes src = Image(8, 8, 8, Noise);
+TEST(SquareFilters, RefuseKindsSizesMatricesKernelFilesAndImages) {
     std::vector<int> m49(50, 0);
     m49[24] = 1;
-    const std::vector<int> none;
+    const std::vector<int> none, box = {1, 1, 1, 1, 1, 1, 1, 1, 1, 0};
     const int P = prism::kErrParameter;
-    // An empty matrix: none given.
-    const struct { int kind, size; std::vector<int> matrix; const char* file; int expected; } cases[] = {
-        {0, 3, none, nullptr, P},  {7, 3, none, nullptr, P},  {5, 7, none, nullptr, P},
-        {4, 7, none, nullptr, P},  {3, 4, none, nullptr, P},  {1, 6, m49, nullptr, P},
-        {3, 2, none, nullptr, P},  {3, 9, none, nullptr, P},  {1, 3, none, nullptr, P},
-        {2, 3, none, nullptr, P},  {2, 7, none, "k.bin", P},  {2, 3, none, "missing.bin", P},
-        {3, 7, none, nullptr, 0},  {1, 7, m49, nullptr, 0},
-        {1, 3, {0, 0, 0, 0, 128, 0, 0, 0, 0, 1}, nullptr, P},
-        {1, 3, {0, 0, 0, 0, -128, 0, 0, 0, 0, 1}, nullptr, P},
-        {1, 3, {16, 16, 16, 16, 16, 16, 16, 16, 0, 0}, nullptr, P},
-        {1, 3, {-16, -16, -16, -16, -16, -16, -16, -16, 0, 0}, nullptr, P},
-        {1, 3, {16, 16, 16, 16, 16, 16, 16, 15, 0, 0}, nullptr, 0},
-        {1, 3, {127, -127, 0, 0, 0, 0, 0, 0, 0, 0}, nullptr, 0}};
-    for (const auto& c : cases) {
-        int error = -1;
-        Bytes o = Filtered(src, c.kind, c.size, c.matrix.empty() ? nullptr : c.matrix.data(), c.file, &error);
-        EXPECT_EQ(error, c.expected) << c.kind << "/" << c.size << " matrix " << (c.matrix.empty() ? 0 : c.matrix[4]);
-        EXPECT_EQ(o.empty(), c.expected != 0);
-    }
-
-    // Kernel files: a 3 by 3 box equals the built-in one (bytes past it are
-    // not read); short, empty or out-of-range files are refused.
+    // An empty matrix: none given; `both`: ColorConvolution too, else Convolve only.
+    const struct { int kind, size; std::vector<int> matrix; const char* file; int expected; bool both; } cases[] = {
+        {0, 3, none, nullptr, P, true},  {7, 3, none, nullptr, P, true},  {5, 7, none, nullptr, P, true},
+        {4, 7, none, nullptr, P, false}, {3, 4, none, nullptr, P, true},  {1, 6, m49, nullptr, P, true},
+        {3, 2, none, nullptr, P, false}, {3, 9, none, nullptr, P, false}, {1, 3, none, nullptr, P, true},
+        {2, 3, none, nullptr, P, true},  {2, 7, none, "k.bin", P, false}, {2, 3, none, "missing.bin", P, true},
+        {3, 7, none, nullptr, 0, false}, {1, 7, m49, nullptr, 0, false},
+        {1, 3, {0, 0, 0, 0, 128, 0, 0, 0, 0, 1}, nullptr, P, true},
+        {1, 3, {0, 0, 0, 0, -128, 0, 0, 0, 0, 1}, nullptr, P, false},
+        {1, 3, {16, 16, 16, 16, 16, 16, 16, 16, 0, 0}, nullptr, P, false},
+        {1, 3, {-16, -16, -16, -16, -16, -16, -16, -16, 0, 0}, nullptr, P, false},
+        {1, 3, {16, 16, 16, 16, 16, 16, 16, 15, 0, 0}, nullptr, 0, false},
+        {1, 3, {127, -127, 0, 0, 0, 0, 0, 0, 0, 0}, nullptr, 0, false}};
     ScratchFile file("kernel.bin");
-    Bytes box = Le32({1, 1, 1, 1, 1, 1, 1, 1, 1, 0});
-    box.push_back(0x55);
-    file.Write(box);
+    for (bool colour : {false, true}) {
+        SCOPED_TRACE(colour ? "ColorConvolution" : "Convolve");
+        const Bytes src = Image(8, 8, colour ? 24 : 8, Noise);
+        int error = -1;
+        for (const auto& c : cases) {
+            if (colour && !c.both) continue;
+            Bytes o = Filter(colour, src, c.kind, c.size, c.matrix, c.file, &error);
+            EXPECT_EQ(error, c.expected) << c.kind << "/" << c.size << " matrix " << (c.matrix.empty() ? 0 : c.matrix[4]);
+            EXPECT_EQ(o.empty(), c.expected != 0);
+        }
+        // Kernel files: a 3 by 3 box equals the built-in one (bytes past it
+        // are not read); short, empty or out-of-range files are refused.
+        Bytes boxFile = Kernel(colour, box);
+        boxFile.push_back(0x55);
+        file.Write(boxFile);
+        const Bytes builtIn = Filter(colour, src, 3, 3);
+        ASSERT_FALSE(builtIn.empty());
+        EXPECT_EQ(Filter(colour, src, 2, 3, none, file.path(), &error), builtIn);
+        EXPECT_EQ(error, 0);
+        const struct { const char* name; Bytes bytes; int size; bool both; } files[] = {
+            {"empty", Bytes(), 3, true},
+            {"short by one byte", Bytes(boxFile.begin(), boxFile.end() - 2), 3, true},
+            {"size 3 file read as size 5", Kernel(colour, box), 5, false},
+            {"entry out of range", Kernel(colour, {0, 0, 0, 0, 200, 0, 0, 0, 0, 1}), 3, false},
+            {"sum out of range", Kernel(colour, {100, 100, 0, 0, 0, 0, 0, 0, 0, 1}), 3, false}};
+        for (const auto& f : files) {
+            if (colour && !f.both) continue;
+            file.Write(f.bytes);
+            EXPECT_TRUE(Filter(colour, src, 2, f.size, none, file.path(), &error).empty()) << f.name;
+            EXPECT_EQ(error, P) << f.name;
+        }
+        const struct { const char* name; Bytes bytes; int expected; } bad[] = {
+            {"other depth", Image(8, 8, colour ? 8 : 24), prism::kErrBitsPerPixel},
+            {"4-bit", Image(8, 8, 4), prism::kErrBitsPerPixel},
+            {"too small", Bytes(src.begin(), src.end() - 5), prism::kErrDibSize},
+            {"header only", Bytes(src.begin(), src.begin() + 40), prism::kErrDibSize}};
+        for (const auto& b : bad) {
+            EXPECT_TRUE(Filter(colour, b.bytes, 3, 3, none, nullptr, &error).empty()) << b.name;
+            EXPECT_EQ(error, b.expected) << b.name;
+        }
+    }
     int error = -1;
-    const Bytes builtIn = Filtered(src, 3, 3);
-    ASSERT_FALSE(builtIn.empty());
-    EXPECT_EQ(Filtered(src, 2, 3, nullptr, file.path(), &error), builtIn);
-    EXPECT_EQ(error, 0);
-    const struct { const char* name; Bytes bytes; int size; } files[] = {
-        {"empty", Bytes(), 3},
-        {"short by one byte", Bytes(box.begin(), box.begin() + 39), 3},
-        {"size 3 file read as size 5", Le32({1, 1, 1, 1, 1, 1, 1, 1, 1, 0}), 5},
-        {"entry out of range", Le32({0, 0, 0, 0, 200, 0, 0, 0, 0, 1}), 3},
-        {"sum out of range", Le32({100, 100, 0, 0, 0, 0, 0, 0, 0, 1}), 3}};
-    for (const auto& f : files) {
-        file.Write(f.bytes);
-        EXPECT_TRUE(Filtered(src, 2, f.size, nullptr, file.path(), &error).empty()) << f.name;
-        EXPECT_EQ(error, prism::kErrParameter) << f.name;
-    }
-
-    const struct { const char* name; Bytes bytes; int expected; } bad[] = {
-        {"24-bit", Image(8, 8, 24), prism::kErrBitsPerPixel},
-        {"4-bit", Image(8, 8, 4), prism::kErrBitsPerPixel},
-        {"too small", Bytes(src.begin(), src.end() - 9), prism::kErrDibSize},
-        {"header only", Bytes(src.begin(), src.begin() + 40), prism::kErrDibSize}};
-    for (const auto& b : bad) {
-        EXPECT_TRUE(Filtered(b.bytes, 3, 3, nullptr, nullptr, &error).empty()) << b.name;
-        EXPECT_EQ(error, b.expected) << b.name;
-    }
     EXPECT_EQ(Convolve(nullptr, 0, 3, 3, nullptr, nullptr, &error), nullptr);
-    EXPECT_EQ(error, prism::kErrParameter);
+    EXPECT_EQ(error, P);
 }
 
 }  // namespace

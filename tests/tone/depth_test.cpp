@@ -6,11 +6,10 @@ using namespace testing_support;
 
 namespace {
 
-HDIB Grey(HDIB d) { return ConvColorDIBtoGrayscale(d, 0, 1); }
-HDIB GreyMode3(HDIB d) { return ConvColorDIBtoGrayscale(d, 3, 0); }
-HDIB Mono(HDIB d) { return ConvMonoDIBtoGrayscale(d, 0); }
-HDIB MonoMode3(HDIB d) { return ConvMonoDIBtoGrayscale(d, 3); }
-HDIB To24(HDIB d) { return Convert8to24(d); }  // a plain function, like the others
+using Convert = HDIB (*)(HDIB);
+const Convert Grey = [](HDIB d) { return ConvColorDIBtoGrayscale(d, 0, 1); }, GreyMode3 = [](HDIB d) { return ConvColorDIBtoGrayscale(d, 3, 0); };
+const Convert Mono = [](HDIB d) { return ConvMonoDIBtoGrayscale(d, 0); }, MonoMode3 = [](HDIB d) { return ConvMonoDIBtoGrayscale(d, 3); };
+const Convert To24 = [](HDIB d) { return Convert8to24(d); };
 
 TEST(DepthConversions, ClearTheErrorAtEntryAndRefuseWithTheirCodes) {
     Bytes cut8 = Image(5, 5, 8), cut1 = Image(4, 4, 1);
@@ -46,24 +45,22 @@ TEST(ConvColorDIBtoGrayscale, WeightsOfPrimariesAtTwentyFourBits) {
     const struct { unsigned rgb, plain, weighted; } cases[] = {
         {0xFF0000, 85, 78}, {0x00FF00, 85, 147}, {0x0000FF, 85, 29}, {0xFFFFFF, 255, 255}, {0x102030, 32, 28}};
     for (const auto& c : cases) {
-        HDIB dib = BlockFrom(Uniform(3, 2, 24, c.rgb));
         for (int weighted = 0; weighted < 2; ++weighted) {
-            Bytes o = Take(ConvColorDIBtoGrayscale(dib, 7, weighted));  // mode ignored above 1 bit
+            // The mode is ignored above 1 bit.
+            Bytes o = Call([&](HGLOBAL d) { return ConvColorDIBtoGrayscale(d, 7, weighted); }, Uniform(3, 2, 24, c.rgb));
             ASSERT_FALSE(o.empty());
             EXPECT_EQ(o[14], 8);
             EXPECT_EQ(Get32(o, 32), 256u);
             EXPECT_EQ(o[40 + 200 * 4], 200);  // ramp
             EXPECT_EQ(PixelAt(o, 2, 1), weighted ? c.weighted : c.plain) << std::hex << c.rgb;
         }
-        GlobalFree(dib);
     }
 }
 
 TEST(ConvColorDIBtoGrayscale, PaletteImagesKeepIndicesAndGreyTheirTable) {
     // 8 bits with 100 entries: a 256-entry table, 100 and up black.
     Bytes src = Image(9, 4, 8, [](int x, int y) { return (x + y * 9) % 100u; }, 100, 100);
-    HDIB dib = BlockFrom(src);
-    Bytes o = Take(ConvColorDIBtoGrayscale(dib, 0, 0));
+    Bytes o = Call([](HGLOBAL d) { return ConvColorDIBtoGrayscale(d, 0, 0); }, src);
     ASSERT_EQ(o.size(), 1064 + 4 * Stride(9, 8));
     EXPECT_EQ(Get32(o, 32), 256u);
     EXPECT_EQ(Bytes(o.begin() + 40, o.begin() + 44), (Bytes{86, 86, 86, 0}));  // (1 + 2 + 255) / 3
@@ -71,17 +68,14 @@ TEST(ConvColorDIBtoGrayscale, PaletteImagesKeepIndicesAndGreyTheirTable) {
     EXPECT_EQ(o[40 + 100 * 4], 0);
     EXPECT_EQ(o[40 + 255 * 4 + 2], 0);
     EXPECT_TRUE(std::equal(src.begin() + 440, src.end(), o.begin() + 1064));
-    GlobalFree(dib);
 }
 
 // 1-bit to grey through either export.  The colour export reads a set bit as
 // bright whatever the table; the mono export follows the table, and with
 // the fixed one (entry 0 darker than entry 1) a set bit comes out dark.
 Bytes Smooth(const Bytes& src, int mode, bool viaColour) {
-    HDIB dib = BlockFrom(src);
-    Bytes o = Take(viaColour ? ConvColorDIBtoGrayscale(dib, mode, 0) : ConvMonoDIBtoGrayscale(dib, mode));
+    Bytes o = Call([&](HGLOBAL d) { return viaColour ? ConvColorDIBtoGrayscale(d, mode, 0) : ConvMonoDIBtoGrayscale(d, mode); }, src);
     EXPECT_FALSE(o.empty());
-    GlobalFree(dib);
     return o;
 }
 

@@ -23,9 +23,8 @@ std::vector<std::uint16_t> Expected(int width, int height, int x, int y) {
 }
 
 std::vector<std::uint16_t> Bins(HGLOBAL table) {
-    std::vector<std::uint16_t> bins(256);
-    std::memcpy(bins.data(), BlockBytes(table).data(), 512);
-    return bins;
+    const Bytes b = BlockBytes(table);
+    return std::vector<std::uint16_t>(reinterpret_cast<const std::uint16_t*>(b.data()), reinterpret_cast<const std::uint16_t*>(b.data()) + 256);
 }
 
 struct Histogram {
@@ -85,11 +84,7 @@ TEST(ComputeHistogram, RefusesBadInputInTheErrorWord) {
         {"core header", With(good, 0, 12), prism::kErrParameter}, {"compressed", With(good, 16, 1), prism::kErrCompressed},
         {"24-bit", Image(20, 20, 24), prism::kErrBitsPerPixel}, {"4-bit", Image(20, 20, 4), prism::kErrBitsPerPixel},
         {"zero width", With(good, 4, 0), prism::kErrDibSize}, {"rows past the block", Cut(good, 1100), prism::kErrDibSize}};
-    for (const auto& c : cases) {
-        HDIB dib = BlockFrom(c.bytes);
-        EXPECT_EQ(hist.Update(dib, 0, 0), c.expected) << c.name;
-        GlobalFree(dib);
-    }
+    for (const auto& c : cases) Call([&](HGLOBAL d) { EXPECT_EQ(hist.Update(d, 0, 0), c.expected) << c.name; return HDIB(nullptr); }, c.bytes);
     HDIB dib = BlockFrom(good);
     int pos[2] = {0, 0}, error = -1;
     const struct { HDIB dib; int mode; HGLOBAL table; const int* pos; int expected; } calls[] = {
@@ -127,13 +122,14 @@ TEST(ComputeLUT, IdentityAtCreationThenALinePivotingOn128OrTheHistogramMean) {
     EXPECT_EQ(BlockBytes(lut)[255], 155);
     GlobalFree(dib);
     // An all-zero histogram has no mean: refused, never a division by zero.
-    EXPECT_EQ(ComputeLUT(empty.table, PRISM_TABLE_UPDATE, lut, 10, 0, &error), nullptr);
-    EXPECT_EQ(error, prism::kErrParameter);
-    EXPECT_EQ(ComputeLUT(nullptr, PRISM_TABLE_FREE, lut, 0, 0, &error), lut);
-    EXPECT_EQ(ComputeLUT(nullptr, PRISM_TABLE_UPDATE, nullptr, 0, 0, &error), nullptr);
-    EXPECT_EQ(error, prism::kErrParameter);
-    EXPECT_EQ(ComputeLUT(nullptr, 7, nullptr, 0, 0, &error), nullptr);
-    EXPECT_EQ(error, 0);
+    // Then: freeing gives the table back; no table, or mode 7, gives 0.
+    const struct { HGLOBAL histogram; int mode; HGLOBAL table; HGLOBAL result; int error; } calls[] = {
+        {empty.table, PRISM_TABLE_UPDATE, lut, nullptr, prism::kErrParameter}, {nullptr, PRISM_TABLE_FREE, lut, lut, 0},
+        {nullptr, PRISM_TABLE_UPDATE, nullptr, nullptr, prism::kErrParameter}, {nullptr, 7, nullptr, nullptr, 0}};
+    for (const auto& c : calls) {
+        EXPECT_EQ(ComputeLUT(c.histogram, c.mode, c.table, 10, 0, &error), c.result);
+        EXPECT_EQ(error, c.error);
+    }
 }
 
 TEST(ApplyLUT, MapsTheRoundedMeanOfEachColourAndWorksInPlace) {
@@ -141,18 +137,13 @@ TEST(ApplyLUT, MapsTheRoundedMeanOfEachColourAndWorksInPlace) {
     Bytes t(256);
     std::generate(t.rbegin(), t.rend(), [n = 0]() mutable { return n++; });
     HGLOBAL negative = BlockFrom(t);
-    HDIB dib = BlockFrom(src);
     int error = -1;
-    Bytes out = Take(ApplyLUT(dib, negative, 1, &error));
+    const Bytes out = CopyAndInPlace(src, [&](HDIB d, BOOL copy, int* e) { return ApplyLUT(d, negative, copy, e); }, &error);
     ASSERT_FALSE(out.empty());
     EXPECT_EQ(error, 0);
-    EXPECT_EQ(BlockBytes(dib), src);
     EXPECT_EQ(out[40 + 4 * 77], 77);  // a grey ramp
     EXPECT_EQ(PixelAt(out, 0, 0), 255u - (1 + 2 + 255 + 1) / 3);
     EXPECT_EQ(PixelAt(out, 1, 0), 255u - (45 + 246 + 155 + 1) / 3);
-    EXPECT_EQ(ApplyLUT(dib, negative, 0, &error), dib);
-    EXPECT_EQ(BlockBytes(dib), out);
-    GlobalFree(dib);
 
     const struct { const char* name; Bytes bytes; HGLOBAL lut; int expected; } cases[] = {
         {"24-bit", Image(6, 4, 24), negative, prism::kErrBitsPerPixel},
@@ -169,7 +160,9 @@ TEST(ApplyLUT, MapsTheRoundedMeanOfEachColourAndWorksInPlace) {
     GlobalFree(negative);
 }
 
-TEST(ColorBrightnessContrast, RefusesInTheFixedOrder) {
+TEST(ColorBrightnessContrast, BrightnessOffsetTruncatesAndRefusesInTheFixedOrder) {
+    // Brightness -100 is an offset of -128 (not -127): entry 0's red 255 becomes 127.
+    EXPECT_EQ(Call([](HGLOBAL d) { return ColorBrightnessContrast(d, -100, 0); }, Image(1, 1, 8))[42], 127);
     const Bytes shortRows = Cut(Image(4, 4, 24), 40 + 48 - 20);
     const struct { const char* name; Bytes bytes; short brightness; int expected; } cases[] = {
         {"brightness 101", Image(4, 4, 24), 101, prism::kErrParameter},
