@@ -7,7 +7,6 @@
 #include "core/errors.h"
 
 #include <filesystem>
-#include <regex>
 
 using namespace testing_support;
 using namespace formats_test;
@@ -19,8 +18,11 @@ namespace {
 std::vector<std::string> Calls(const CallLog& log, const void* dib, const void* status = nullptr) {
     std::vector<std::string> lines = log.Lines();
     for (std::string& line : lines)
-        for (auto [pattern, name] : {std::pair{Hex(dib), "dib"}, {Hex(status), "status"}, {"0x[0-9a-f]+", "ptr"}})
-            line = std::regex_replace(line, std::regex(pattern), name);
+        for (size_t at = line.find("0x"); at != std::string::npos; at = line.find("0x", at + 1)) {
+            const size_t end = line.find_first_not_of("0123456789abcdef", at + 2);
+            const std::string token = line.substr(at, end - at);
+            line.replace(at, token.size(), token == Hex(dib) ? "dib" : token == Hex(status) ? "status" : "ptr");
+        }
     return lines;
 }
 
