@@ -41,6 +41,7 @@ TEST(CompressDIB, PinnedStreams) {
         {"rle4_runs_stop_at_250", 600, 4, {Bytes(300, 0x55)}, {250, 0x55, 250, 0x55, 100, 0x55, 0, 0, 0, 1}},
         {"odd_absolute_padded_with_255", 3, 8, {{1, 2, 3, 0}}, {0, 3, 1, 2, 3, 255, 0, 0, 0, 1}},
         {"rle4_odd_absolute_padded", 10, 4, {{1, 2, 3, 5, 5, 0, 0, 0}}, {0, 6, 1, 2, 3, 255, 4, 5, 0, 0, 0, 1}},
+        {"rle4_absolute_takes_the_whole_row", 8, 4, {{0x12, 0x34, 0x56, 0x78}}, {0, 8, 0x12, 0x34, 0x56, 0x78, 0, 0, 0, 1}},
         {"abs_stops_at_pair", 8, 8, {{1, 2, 3, 4, 5, 6, 7, 7}}, {0, 6, 1, 2, 3, 4, 5, 6, 2, 7, 0, 0, 0, 1}},
         {"single_before_a_run", 5, 8, {{4, 6, 6, 6, 6, 0, 0, 0}}, {1, 4, 4, 6, 0, 0, 0, 1}},
         // Row tail: the byte behind the last pixel is coded as a further pixel.
@@ -75,10 +76,10 @@ TEST(RunLength, ExpandGivesTheSourceBack) {
         for (int width : {1, 2, 3, 7, 33, 255, 256, 301, 503})
             for (int pattern = 0; pattern < 3; ++pattern) {
                 // Mostly distinct; short runs; a long run, then noise.
-                Bytes src = ToDib(Make(width, 3, bits, [&](int x, int y) -> unsigned {
+                Bytes src = Image(width, 3, bits, [&](int x, int y) -> unsigned {
                     const int v[] = {(x * 7 + y * 3) % 11, (x / 5 + y) % 3 * 4, x < width / 2 ? 3 : x * 13 % 16};
                     return bits == 8 && (x == 0 || x == width - 1) ? 0 : v[pattern];
-                }));
+                });
                 Bytes out = Call(ExpandCompressedDIB, Call(CompressDIB, src));
                 Put32(src, 20, static_cast<std::uint32_t>(Stride(width, bits) * 3));
                 EXPECT_EQ(out, src) << bits << " bits, width " << width << ", pattern " << pattern;

@@ -101,10 +101,8 @@ TEST(CppLayout, ModesZoomAndPositions) {
     const int zoom[4] = {2, 1, 2, 1};
     l = Layout(100, 100, 200, 100, 96, 96);
     prism::ComputeCppLayout(96, 96, &l, zoom, beyond, true, 0);
-    EXPECT_EQ(l.image.left, 150);
-    EXPECT_EQ(l.image.right, 200);
-    EXPECT_EQ(beyond[0], 150);
-    EXPECT_EQ(l.scrollRange[2], 156);  // (400 - 100) / 2 / 96 * 100
+    const std::array<LONG, 4> pulledBack = {l.image.left, l.image.right, beyond[0], l.scrollRange[2]};
+    EXPECT_EQ(pulledBack, (std::array<LONG, 4>{150, 200, 150, 156}));  // the bar's maximum: (400 - 100) / 2 / 96 * 100
     // A zoom that makes the image wider than 32767 pixels is dropped.
     const int huge[4] = {1000, 1, 1000, 1};
     int origin[4] = {0, 0, 0, 0};

@@ -8,10 +8,6 @@ using namespace testing_support;
 
 namespace {
 
-unsigned Pattern(int x, int y) {
-    const unsigned v = static_cast<unsigned>(x * 5 + y * 3 + (x * y) % 7);
-    return v | (v * 37u) << 8 | (v * 101u) << 16;
-}
 constexpr int kW = 19, kH = 9;
 
 // The result's bytes, empty for 0.  The source's biSizeImage is 12345.

@@ -17,8 +17,6 @@ using prism::LastImgError;
 
 namespace {
 
-Bytes operator+(Bytes a, const Bytes& b) { return a.insert(a.end(), b.begin(), b.end()), a; }
-
 void Put(Bytes* b, std::uint32_t v, int n) { for (int i = 0; i < n; ++i) b->push_back(static_cast<unsigned char>(v >> (8 * i))); }
 
 // A placeable header with the given extents and units (checksum 0), then

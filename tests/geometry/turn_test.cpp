@@ -8,8 +8,6 @@ using namespace testing_support;
 
 namespace {
 
-using Op = DibOp;
-
 // A source DIB with header fields that must carry over as they stand.
 Bytes Source(const Picture& p) {
     Bytes dib = ToDib(p);
@@ -17,49 +15,38 @@ Bytes Source(const Picture& p) {
     return dib;
 }
 
-class TurnTest : public ::testing::TestWithParam<std::tuple<int, std::pair<int, int>>> {};
-
-TEST_P(TurnTest, InvariantsHold) {
-    const int bits = std::get<0>(GetParam());
-    const auto size = std::get<1>(GetParam());
-    const Bytes src = Source(Varied(size.first, size.second, bits));
-
-    // Four quarter turns, and two of any half turn or flip, give the input
-    // back, less the spare bytes and the biSizeImage the quarter turns set.
-    for (Op op : {RotateDIB90, RotateDIB180, FlipDIBHorizontal, FlipDIBVertical}) {
-        Bytes b = src;
-        for (int i = 0; i < (op == RotateDIB90 ? 4 : 2); ++i) b = Call(op, b);
-        ASSERT_EQ(b.size(), src.size() + 4);
-        b.resize(src.size());
-        EXPECT_EQ(op == RotateDIB90 ? With(b, 20, 0) : b, src);
-    }
-    const Bytes half = Call(RotateDIB180, src);
-    EXPECT_EQ(Call(FlipDIBVertical, Call(FlipDIBHorizontal, src)), half);
-    EXPECT_EQ(Call(FlipDIBHorizontal, Call(FlipDIBVertical, src)), half);
+// Four quarter turns, and two of any half turn or flip, give the input
+// back, less the spare bytes and the biSizeImage the quarter turns set.
+TEST(Turns, InvariantsHold) {
+    for (int bits : {1, 4, 8, 24})
+        for (auto [w, h] : {std::pair{1, 1}, {7, 5}, {13, 32}, {33, 9}, {3, 17}, {130, 7}}) {
+            SCOPED_TRACE(std::to_string(w) + "x" + std::to_string(h) + " at " + std::to_string(bits));
+            const Bytes src = Source(Varied(w, h, bits));
+            for (DibOp op : {RotateDIB90, RotateDIB180, FlipDIBHorizontal, FlipDIBVertical}) {
+                Bytes b = src;
+                for (int i = 0; i < (op == RotateDIB90 ? 4 : 2); ++i) b = Call(op, b);
+                ASSERT_EQ(b.size(), src.size() + 4);
+                b.resize(src.size());
+                EXPECT_EQ(op == RotateDIB90 ? With(b, 20, 0) : b, src);
+            }
+            const Bytes half = Call(RotateDIB180, src);
+            EXPECT_EQ(Call(FlipDIBVertical, Call(FlipDIBHorizontal, src)), half);
+            EXPECT_EQ(Call(FlipDIBHorizontal, Call(FlipDIBVertical, src)), half);
+        }
 }
-
-INSTANTIATE_TEST_SUITE_P(Depths, TurnTest,
-                         ::testing::Combine(::testing::Values(1, 4, 8, 24),
-                                            ::testing::Values(std::make_pair(1, 1), std::make_pair(7, 5),
-                                                              std::make_pair(13, 32), std::make_pair(33, 9),
-                                                              std::make_pair(3, 17), std::make_pair(130, 7))));
 
 // Quirks: a compressed image is turned as rows; depths outside 1, 4, 8, 24
 // are mirrored row-wise by the vertical flip and give zero pictures of the
 // right size from the rest; a zero-sized image gives a zero-sized result.
 TEST(TurnQuirks, CompressedOtherDepthsAndEmptyImages) {
-    Picture s = Varied(4, 2, 8);
-    Bytes rle = Source(s);
-    Put32(rle, 16, 1);
-    Bytes want = Call(RotateDIB180, Source(s));
-    Put32(want, 16, 1);
-    EXPECT_EQ(Call(RotateDIB180, rle), want);
+    const Bytes plain = Source(Varied(4, 2, 8));
+    EXPECT_EQ(Call(RotateDIB180, With(plain, 16, 1)), With(Call(RotateDIB180, plain), 16, 1));
 
     for (int bits : {16, 32}) {
         Bytes src = Image(5, 3, bits);
         const size_t stride = Stride(5, bits);
         for (size_t i = 40; i < src.size(); ++i) src[i] = static_cast<unsigned char>(i * 7 + 1);
-        want = src;
+        Bytes want = src;
         for (int y = 0; y < 3; ++y)
             std::copy(src.begin() + 40 + (2 - y) * stride, src.begin() + 40 + (3 - y) * stride, want.begin() + 40 + y * stride);
         want.resize(want.size() + 4, 0);
@@ -73,13 +60,10 @@ TEST(TurnQuirks, CompressedOtherDepthsAndEmptyImages) {
         EXPECT_EQ(Call(RotateDIB90, src), want) << bits;
         EXPECT_EQ(Call(RotateDIB270, src), want) << bits;
     }
-    for (int bits : {1, 4, 8, 24}) {
-        Bytes src = ToDib(Picture(0, 3, bits));
-        Bytes out = Call(RotateDIB90, src);
-        ASSERT_EQ(out.size(), src.size() + 4) << bits;  // 3 by 0: no rows
-        EXPECT_EQ(Get32(out, 4), 3u);
-        EXPECT_EQ(Get32(out, 8), 0u);
-        EXPECT_EQ(Call(FlipDIBVertical, src).size(), src.size() + 4);
+    for (int bits : {1, 4, 8, 24}) {  // 0 by 3, then 3 by 0: no rows, only the spare bytes
+        const Bytes src = Image(0, 3, bits);
+        EXPECT_EQ(Call(RotateDIB90, src), With(With(src, 4, 3), 8, 0) + Bytes(4, 0)) << bits;
+        EXPECT_EQ(Call(FlipDIBVertical, src), src + Bytes(4, 0)) << bits;
     }
 }
 
@@ -88,10 +72,6 @@ TEST(TurnQuirks, CompressedOtherDepthsAndEmptyImages) {
 TEST(TurnBadInput, RefusedWithoutAnErrorCode) {
     const Bytes good = Source(Varied(9, 4, 8));
     auto with = [&](size_t at, std::uint32_t v) { return With(good, at, v); };
-    Bytes planes = good;
-    planes[12] = 2;
-    Bytes core(12 + 6 + 4, 0);  // 12-byte header, 1-bit, 2 entries, one row
-    core[0] = 12, core[4] = 8, core[6] = 1, core[8] = 1, core[10] = 1;
     const Bytes bad[] = {
         Bytes(good.begin(), good.end() - 1),     // rows cut short
         Bytes(good.begin(), good.begin() + 30),  // header cut short
@@ -99,11 +79,11 @@ TEST(TurnBadInput, RefusedWithoutAnErrorCode) {
         with(8, 0x80000000u),                    // height negative
         with(4, 0x7FFFFFFF),                     // rows far beyond the block
         with(32, 0x40000000),                    // colour table beyond the block
-        planes,
-        core,
+        with(12, 2 | 8 << 16),                   // two planes
+        PackedDib({8, 1, 1, -1, 0, 0, true}),    // 12-byte header
     };
     SetImgError(5);
-    for (Op op : {RotateDIB90, RotateDIB180, RotateDIB270, FlipDIBVertical, FlipDIBHorizontal}) {
+    for (DibOp op : {RotateDIB90, RotateDIB180, RotateDIB270, FlipDIBVertical, FlipDIBHorizontal}) {
         EXPECT_EQ(op(nullptr), nullptr);
         HGLOBAL freed = BlockFrom(good);
         GlobalFree(freed);

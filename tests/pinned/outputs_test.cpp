@@ -2,7 +2,8 @@
 // depths, sizes and arguments, one row per family.  Any change of output
 // shows here, and every build (32-bit ones included) must give the same
 // numbers, floating-point work included.  A row hashes its results one
-// after another, each followed by a marker.
+// after another, each followed by a marker.  Run-length coding has no row:
+// its streams are written out in tests/core/rle_test.cpp.
 #include "display/stretch.h"
 #include "halftone/dither.h"
 #include "support/test_support.h"
@@ -155,19 +156,6 @@ Bytes Tones() {
     return o.all;
 }
 
-Bytes RunLengths() {
-    Out o;
-    for (int bits : {4, 8})
-        for (int width : {1, 2, 3, 7, 33, 255, 256, 301}) {
-            const Bytes packed = Call(CompressDIB, ToDib(Make(width, 3, bits, [](int x, int y) {
-                return unsigned(x < 9 ? 3 : (x / 4 + y) % 3 * 5 + x % 2);
-            })));
-            o.Add(packed);
-            o.Add(Call(ExpandCompressedDIB, packed));
-        }
-    return o.all;
-}
-
 Bytes Stretches() {
     Out o;
     using Stretcher = HDIB (*)(const void*, const unsigned char*, int, int, int, int, int, int);
@@ -205,7 +193,6 @@ const Pin kPins[] = {
     {"Convolve, ColorConvolution", [](int colour) { return Filters(colour); }, {0, 1}, {0x829571546cbe7a90u, 0x66c70be9fe637fc2u}},
     {"grey conversions", [](int) { return Greys(); }, {0}, {0xfe24fec43a04bf50u}},
     {"brightness, contrast, tables", [](int) { return Tones(); }, {0}, {0xe1b897e10989b23cu}},
-    {"run-length coding", [](int) { return RunLengths(); }, {0}, {0x5db592d2924406afu}},
     {"stretchers", [](int) { return Stretches(); }, {0}, {0x29a07ca05cb7e554u}},
 };
 

@@ -39,11 +39,9 @@ TEST(PrintLayout, PlacesAndScalesTheImage) {
     for (const LayoutCase& c : cases) {
         SCOPED_TRACE(c.name);
         const PageLayout l = LayOutPage(c.request);
-        EXPECT_FLOAT_EQ(l.scale, c.scale);
-        EXPECT_FLOAT_EQ(l.image.left, c.image.left);
-        EXPECT_FLOAT_EQ(l.image.top, c.image.top);
-        EXPECT_FLOAT_EQ(l.image.right, c.image.right);
-        EXPECT_FLOAT_EQ(l.image.bottom, c.image.bottom);
+        const float got[] = {l.scale, l.image.left, l.image.top, l.image.right, l.image.bottom};
+        const float want[] = {c.scale, c.image.left, c.image.top, c.image.right, c.image.bottom};
+        for (int i = 0; i < 5; ++i) EXPECT_FLOAT_EQ(got[i], want[i]) << "scale, left, top, right, bottom: " << i;
         EXPECT_EQ(l.banded, c.banded);
         // The source rectangle of the whole image is the whole image.
         const PixelRect all = SourcePixels(l.image, l);
@@ -84,9 +82,7 @@ TEST(PrintLayout, NamesAndDeviceProfile) {
         char text[64], *name, *driver, *port;
         std::strcpy(text, c[0]);
         ASSERT_TRUE(SplitDeviceProfile(text, &name, &driver, &port)) << c[0];
-        EXPECT_STREQ(name, c[1]);
-        EXPECT_STREQ(driver, c[2]);
-        EXPECT_STREQ(port, c[3]);
+        EXPECT_EQ((std::vector<std::string>{name, driver, port}), (std::vector<std::string>{c[1], c[2], c[3]}));
     }
     char partial[] = "Laser,WINEPS.DRV", *name, *driver, *port;
     EXPECT_FALSE(SplitDeviceProfile(partial, &name, &driver, &port));
@@ -98,9 +94,7 @@ TEST(PrinterList, LinesEntriesAndProfileValues) {
                                         "Laser on FILE:\tLaser=WINEPS.DRV,FILE:"}));
     EXPECT_TRUE(PrinterListLines("Laser", "WINEPS.DRV").empty());
     const PrinterEntry e = SplitPrinterEntry("Laser=WINEPS.DRV,LPT1:", false);
-    EXPECT_EQ(e.name, "Laser");
-    EXPECT_EQ(e.driver, "WINEPS.DRV");
-    EXPECT_EQ(e.port, "LPT1:");
+    EXPECT_EQ((std::vector<std::string>{e.name, e.driver, e.port}), (std::vector<std::string>{"Laser", "WINEPS.DRV", "LPT1:"}));
     EXPECT_EQ(SplitPrinterEntry("Laser,WINEPS,LPT1:", true).driver, "WINEPS.DRV");
     EXPECT_EQ(SplitPrinterEntry("Laser,WINEPS,LPT1:", false).driver, "WINEPS");
     EXPECT_EQ(PrinterEntryToProfile("Laser on LPT1:\tLaser=WINEPS.DRV,LPT1:"), "Laser,WINEPS.DRV,LPT1:");

@@ -86,22 +86,18 @@ std::uint64_t Hash(const Bytes& b) {
 
 size_t BitsOffset(const Bytes& dib) { return 40 + Colors(dib) * 4; }
 
-Picture Make(int w, int h, int bits, const PixelFn& fn) {
+Picture Varied(int w, int h, int bits) {
     Picture p(w, h, bits);
     const unsigned mask = bits >= 24 ? 0xFFFFFFu : (1u << bits) - 1;
     for (int y = 0; y < h; ++y)
-        for (int x = 0; x < w; ++x) p.at(x, y) = fn(x, y) & mask;
+        for (int x = 0; x < w; ++x) {
+            std::uint32_t v = static_cast<std::uint32_t>(x * 73856093u) ^ static_cast<std::uint32_t>(y * 19349663u) ^
+                              static_cast<std::uint32_t>(bits * 83492791u);
+            v ^= v >> 13;
+            v *= 0x5bd1e995u;
+            p.at(x, y) = (v ^ (v >> 15)) & mask;
+        }
     return p;
-}
-
-Picture Varied(int w, int h, int bits) {
-    return Make(w, h, bits, [bits](int x, int y) {
-        std::uint32_t v = static_cast<std::uint32_t>(x * 73856093u) ^ static_cast<std::uint32_t>(y * 19349663u) ^
-                          static_cast<std::uint32_t>(bits * 83492791u);
-        v ^= v >> 13;
-        v *= 0x5bd1e995u;
-        return v ^ (v >> 15);
-    });
 }
 
 Bytes ToDib(const Picture& p) {
@@ -115,9 +111,11 @@ Bytes Take(HDIB dib) {
     return b;
 }
 
-Bytes Call(const std::function<HDIB(HGLOBAL)>& op, const Bytes& in) {
+Bytes Call(const std::function<HDIB(HGLOBAL)>& op, const Bytes& in, int locks) {
     HGLOBAL block = BlockFrom(in);
     Bytes result = Take(op(block));
+    if (locks >= 0) { EXPECT_EQ(Locked(block), locks > 0) << "locks left on the input"; }
+    for (; locks > 0; --locks) GlobalUnlock(block);
     EXPECT_TRUE(BlockBytes(block) == in) << "the input block was changed";
     GlobalFree(block);
     return result;

@@ -30,6 +30,10 @@ inline void Put32(Bytes& b, size_t at, std::uint32_t v) { std::memcpy(b.data() +
 // A copy with the 32-bit field at `at` set to v; a copy cut to n bytes.
 inline Bytes With(Bytes b, size_t at, std::uint32_t v) { return Put32(b, at, v), b; }
 inline Bytes Cut(Bytes b, size_t n) { return b.resize(n), b; }
+// A copy less its last n bytes.
+inline Bytes Short(Bytes b, size_t n) { return b.resize(b.size() - n), b; }
+// The bytes of a, then those of b.
+inline Bytes operator+(Bytes a, const Bytes& b) { return a.insert(a.end(), b.begin(), b.end()), a; }
 // A signed 32-bit header field: 4 width, 8 height, 20 biSizeImage, 32 biClrUsed.
 inline int Field(const Bytes& b, size_t at) { return static_cast<std::int32_t>(Get32(b, at)); }
 // FNV-1a over all bytes: pins a whole result in one number.
@@ -85,8 +89,6 @@ struct Picture {
     unsigned& at(int x, int y) { return px[static_cast<size_t>(y) * width + x]; }
     unsigned at(int x, int y) const { return px[static_cast<size_t>(y) * width + x]; }
 };
-// Filled by fn(x, y), y from the bottom, masked to the depth.
-Picture Make(int w, int h, int bits, const PixelFn& fn);
 // A fixed, varied picture: a small mixing function, different per depth.
 Picture Varied(int w, int h, int bits);
 // DIB bytes of a picture (40-byte header, table by depth, zero padding).
@@ -99,10 +101,15 @@ Bytes BlockBytes(HGLOBAL block);
 // The bytes of a result block, freed; empty for no result.
 Bytes Take(HDIB dib);
 
+// Whether a block stands locked: a lock taken and given back tells.
+inline bool Locked(HGLOBAL block) { return GlobalLock(block), GlobalUnlock(block) != 0; }
+
 // Runs an export on bytes and gives back the result's bytes (empty for a
-// 0 result); the input block is checked to be unchanged and freed.
+// 0 result); the input block is checked to be unchanged and freed.  With
+// `locks` 0 the export must leave the input unlocked; with more, locked,
+// and that many locks are taken off before it is freed.
 using DibOp = HDIB(WINAPI*)(HDIB);
-Bytes Call(const std::function<HDIB(HGLOBAL)>& op, const Bytes& in);
+Bytes Call(const std::function<HDIB(HGLOBAL)>& op, const Bytes& in, int locks = -1);
 
 // RotateDIB and SkewDIB: the result's bytes, the error word (-7 if never
 // written) and the corners.  The source is locked once before the call: a

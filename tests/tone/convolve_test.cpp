@@ -1,4 +1,5 @@
-// Square filters over 8-bit images.
+// Square filters: Convolve over 8-bit images, ColorConvolution over 24-bit
+// ones through their brightness.
 #include "core/errors.h"
 #include "support/test_support.h"
 
@@ -10,15 +11,22 @@ namespace {
 
 unsigned Noise(int x, int y) { return static_cast<unsigned>((x * 53 + y * 29 + (x * x * y) % 17) & 0xFF); }
 
-Bytes Filtered(const Bytes& src, int kind, int size, const int* matrix = nullptr, const char* file = nullptr,
-               int* error = nullptr) {
-    return CopyAndInPlace(
-        src, [&](HDIB dib, BOOL copy, int* e) { return Convolve(dib, copy, kind, size, file, matrix, e); }, error);
+// Either filter, on a copy and in place: Convolve on 8-bit images with
+// 4-byte matrix and kernel-file entries, or ColorConvolution (brightness
+// by `mode`) on 24-bit ones with 2-byte entries.
+Bytes Filter(bool colour, const Bytes& src, int kind, int size, const std::vector<int>& m = {}, const char* file = nullptr,
+             int* error = nullptr, int mode = 0) {
+    std::vector<short> s;
+    for (int v : m) s.push_back(static_cast<short>(v));
+    return CopyAndInPlace(src, [&](HDIB dib, BOOL copy, int* e) {
+        return colour ? ColorConvolution(dib, copy, mode, WORD(kind), short(size), file, m.empty() ? nullptr : s.data(), e)
+                      : Convolve(dib, copy, kind, size, file, m.empty() ? nullptr : m.data(), e);
+    }, error);
 }
 
 TEST(Convolve, BoxMeanOfASmallImageByHand) {
     // Rows from the bottom: 0 1 2 / 3 4 5 / 6 7 8.
-    Bytes o = Filtered(Image(3, 3, 8, [](int x, int y) { return x + 3u * (2 - y); }), 3, 3);
+    Bytes o = Filter(false, Image(3, 3, 8, [](int x, int y) { return x + 3u * (2 - y); }), 3, 3);
     ASSERT_FALSE(o.empty());
     EXPECT_EQ(PixelAt(o, 0, 0), 12u / 9);  // 0 0 1, 0 0 1, 3 3 4
     EXPECT_EQ(PixelAt(o, 1, 1), 36u / 9);
@@ -31,27 +39,15 @@ TEST(Convolve, SignsOfTheDivisor) {
     Bytes src = Image(9, 7, 8, Noise);
     // All negative with divisor 0: the divisor comes out negative and the
     // matrix is negated, so it acts as the positive box.
-    const int negative[10] = {-1, -1, -1, -1, -1, -1, -1, -1, -1, 0};
-    const Bytes box = Filtered(src, 3, 3);
+    const Bytes box = Filter(false, src, 3, 3);
     ASSERT_FALSE(box.empty());
-    EXPECT_EQ(Filtered(src, 1, 3, negative), box);
+    EXPECT_EQ(Filter(false, src, 1, 3, {-1, -1, -1, -1, -1, -1, -1, -1, -1, 0}), box);
     // Divisor -1 is the negated matrix with divisor 1.
-    const int m[10] = {0, -1, 0, -1, 6, -1, 0, -2, 0, -1}, flipped[10] = {0, 1, 0, 1, -6, 1, 0, 2, 0, 1};
-    EXPECT_FALSE(Filtered(src, 1, 3, m).empty());
-    EXPECT_EQ(Filtered(src, 1, 3, m), Filtered(src, 1, 3, flipped));
+    const std::vector<int> m = {0, -1, 0, -1, 6, -1, 0, -2, 0, -1}, flipped = {0, 1, 0, 1, -6, 1, 0, 2, 0, 1};
+    EXPECT_FALSE(Filter(false, src, 1, 3, m).empty());
+    EXPECT_EQ(Filter(false, src, 1, 3, m), Filter(false, src, 1, 3, flipped));
 }
 
-// Either filter: Convolve on 8-bit images with 4-byte matrix and kernel-file
-// entries, or ColorConvolution (brightness mode) on 24-bit ones with 2-byte entries.
-Bytes Filter(bool colour, const Bytes& src, int kind, int size, const std::vector<int>& m = {}, const char* file = nullptr,
-          int* error = nullptr) {
-    std::vector<short> s;
-    for (int v : m) s.push_back(static_cast<short>(v));
-    return CopyAndInPlace(src, [&](HDIB dib, BOOL copy, int* e) {
-        return colour ? ColorConvolution(dib, copy, 0, WORD(kind), short(size), file, m.empty() ? nullptr : s.data(), e)
-                      : Convolve(dib, copy, kind, size, file, m.empty() ? nullptr : m.data(), e);
-    }, error);
-}
 Bytes Kernel(bool colour, const std::vector<int>& values) {
     const size_t w = colour ? 2 : 4;
     Bytes b(w * values.size());
@@ -122,6 +118,26 @@ TEST(SquareFilters, RefuseKindsSizesMatricesKernelFilesAndImages) {
     int error = -1;
     EXPECT_EQ(Convolve(nullptr, 0, 3, 3, nullptr, nullptr, &error), nullptr);
     EXPECT_EQ(error, P);
+}
+
+unsigned Colours(int x, int y) { return (x * 0x3A1F07u + y * 0x11D2C3u) & 0xFFFFFF; }
+
+TEST(ColorConvolution, EveryByteGainsTheWeightedBrightnessBlueFirst) {
+    const Bytes colours = Image(11, 7, 24, Colours);
+    const std::vector<int> identity = {0, 0, 0, 0, 1, 0, 0, 0, 0, 0};
+    for (int mode : {0, 1, 2}) EXPECT_EQ(Filter(true, colours, 1, 3, identity, nullptr, nullptr, mode), colours) << mode;
+    // Centre 2, divisor 1: each byte gains the pixel's brightness.
+    const std::vector<int> twice = {0, 0, 0, 0, 2, 0, 0, 0, 0, 1};
+    const struct { unsigned rgb; int mode; unsigned expected; } cases[] = {
+        {0x0000FF, 1, 0x4E4EFF}, {0x0000FF, 0, 0x5555FF}, {0xFF0000, 1, 0xFF1D1D},
+        {0x00FF00, 1, 0x93FF93}, {0x00FF00, 2, 0x55FF55}};
+    for (const auto& c : cases)
+        EXPECT_EQ(PixelAt(Filter(true, Uniform(5, 4, 24, c.rgb), 1, 3, twice, nullptr, nullptr, c.mode), 2, 2), c.expected)
+            << std::hex << c.rgb << " mode " << c.mode;
+    // Centre -1: the sum is minus the brightness 17 of bytes 5, 17, 29; by 16
+    // it shifts down (-2), by 15 it divides toward zero (-1).
+    EXPECT_EQ(PixelAt(Filter(true, Uniform(6, 5, 24, 0x1D1105), 1, 3, {0, 0, 0, 0, -1, 0, 0, 0, 0, 16}), 3, 2), 0x0A0000u);
+    EXPECT_EQ(PixelAt(Filter(true, Uniform(6, 5, 24, 0x1D1105), 1, 3, {0, 0, 0, 0, -1, 0, 0, 0, 0, 15}), 3, 2), 0x0B0000u);
 }
 
 }  // namespace
