@@ -167,10 +167,8 @@ TEST(DevicePalette, FromTheColourTableAndFromTheDisplay) {
         if (palette) {
             PALETTEENTRY e[12] = {};
             EXPECT_EQ(GetPaletteEntries(palette, 0, 12, e), 10u);
-            Values got, want;  // 0xRRGGBB
-            for (int i = 0; i < 10; ++i) got.push_back(e[i].peRed << 16 | e[i].peGreen << 8 | e[i].peBlue);
-            for (int i = 0; i < 10; ++i) want.push_back(Get32(dib, 40 + 4 * i));
-            EXPECT_EQ(got, want);
+            for (int i = 0; i < 10; ++i)  // 0xRRGGBB
+                EXPECT_EQ(unsigned(e[i].peRed << 16 | e[i].peGreen << 8 | e[i].peBlue), Get32(dib, 40 + 4 * i)) << i;
             DeleteObject(palette);
         }
         GlobalFree(block);
