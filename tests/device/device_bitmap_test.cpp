@@ -120,8 +120,7 @@ TEST(DeviceBitmap, TurnsAndFlipsMatchTheDibOperationsWithRowsTopFirst) {
 TEST(DeviceBitmap, OneBitTurnsTakeLongRows) {
     HBITMAP wide = CreateBitmap(65535, 1, 1, 1, Bytes(8192, 0x80).data());
     HBITMAP tall = RotateBitmap90(wide);
-    const BITMAP bm = RecordOf(tall);
-    EXPECT_EQ(std::vector<LONG>({bm.bmWidth, bm.bmHeight}), std::vector<LONG>({1, 65535}));
+    EXPECT_EQ(std::vector<LONG>({RecordOf(tall).bmWidth, RecordOf(tall).bmHeight}), std::vector<LONG>({1, 65535}));
     DeleteObject(tall);
     DeleteObject(wide);
 }

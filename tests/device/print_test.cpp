@@ -93,12 +93,6 @@ Printed ReadPrinted() {
     return p;
 }
 
-// The largest difference between two rectangles' sides.
-int Off(const RECT& a, const RECT& b) {
-    return std::max({std::abs(a.left - b.left), std::abs(a.top - b.top), std::abs(a.right - b.right),
-                     std::abs(a.bottom - b.bottom)});
-}
-
 // One job of one image, or of two on two sheets or on one: where the
 // first stretch lands, on which sheet each stretch is drawn, and how much
 // of the image is its source.  This driver ignores a second StartPage
@@ -146,7 +140,9 @@ TEST_F(PrintJobTest, PlacesPagesAndCopies) {
         EXPECT_EQ(p.stretchPage, c.sheets);
         if (p.stretches.empty()) continue;
         const Stretch& s = p.stretches[0];
-        EXPECT_LE(Off({s.x, s.y, s.x + s.width, s.y + s.height}, c.dots), 1) << s.x << "," << s.y << " " << s.width;
+        const RECT& d = c.dots;  // each side within a dot
+        EXPECT_LE(std::max({std::abs(s.x - d.left), std::abs(s.y - d.top), std::abs(s.x + s.width - d.right),
+                            std::abs(s.y + s.height - d.bottom)}), 1) << s.x << "," << s.y << " " << s.width;
         // The whole image is the source, unless the page cuts it.
         EXPECT_EQ(V({s.sourceWidth, s.sourceHeight}), V({std::min(c.w, 2550), std::min(c.h, 3300)}));
     }

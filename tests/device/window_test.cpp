@@ -127,6 +127,11 @@ TEST(WindowDisplay, ClientAreaShowsTheImageThroughTheMapping) {
         int low, high;
         GetScrollRange(shown.window, SB_HORZ, &low, &high);
         EXPECT_EQ(V({gState.scrollMaxX, high}), V({max, max}));
+        // A thumb position moves in whole units of the mapping (at 2:1, two
+        // device pixels); with nothing to scroll, nowhere.
+        const int unmoved = gState.scrollX;
+        SendMessageA(shown.window, WM_HSCROLL, MAKEWPARAM(SB_THUMBPOSITION, 7), 0);
+        EXPECT_EQ(gState.scrollX, max < 0 ? unmoved : 7 / c.num * c.num);
     }
 }
 
