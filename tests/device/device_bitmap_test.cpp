@@ -120,8 +120,7 @@ TEST(DeviceBitmap, TurnsAndFlipsMatchTheDibOperationsWithRowsTopFirst) {
 TEST(DeviceBitmap, OneBitTurnsTakeLongRows) {
     HBITMAP wide = CreateBitmap(65535, 1, 1, 1, Bytes(8192, 0x80).data());
     HBITMAP tall = RotateBitmap90(wide);
-    const BITMAP bm = RecordOf(tall);
-    EXPECT_EQ(std::vector<LONG>({bm.bmWidth, bm.bmHeight}), std::vector<LONG>({1, 65535}));
+    EXPECT_EQ(std::vector<LONG>({RecordOf(tall).bmWidth, RecordOf(tall).bmHeight}), std::vector<LONG>({1, 65535}));
     DeleteObject(tall);
     DeleteObject(wide);
 }
@@ -167,10 +166,8 @@ TEST(DevicePalette, FromTheColourTableAndFromTheDisplay) {
         if (palette) {
             PALETTEENTRY e[12] = {};
             EXPECT_EQ(GetPaletteEntries(palette, 0, 12, e), 10u);
-            Values got, want;  // 0xRRGGBB
-            for (int i = 0; i < 10; ++i) got.push_back(e[i].peRed << 16 | e[i].peGreen << 8 | e[i].peBlue);
-            for (int i = 0; i < 10; ++i) want.push_back(Get32(dib, 40 + 4 * i));
-            EXPECT_EQ(got, want);
+            for (int i = 0; i < 10; ++i)  // 0xRRGGBB
+                EXPECT_EQ(unsigned(e[i].peRed << 16 | e[i].peGreen << 8 | e[i].peBlue), Get32(dib, 40 + 4 * i)) << i;
             DeleteObject(palette);
         }
         GlobalFree(block);

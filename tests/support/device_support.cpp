@@ -96,13 +96,11 @@ TestWindow::~TestWindow() {
     }
 }
 
-std::uint32_t TestWindow::PatternAt(int x, int y) {
-    return static_cast<std::uint32_t>((x * 7 & 0xFF) << 16 | (y * 5 & 0xFF) << 8 | ((x ^ y) & 0xFF));
-}
-
 Colors TestWindow::Pattern() {
-    Colors p(kWidth * kHeight);
-    for (int i = 0; i < kWidth * kHeight; ++i) p[i] = PatternAt(i % kWidth, i / kWidth);
+    Colors p;
+    for (int y = 0; y < kHeight; ++y)
+        for (int x = 0; x < kWidth; ++x)
+            p.push_back(static_cast<std::uint32_t>((x * 7 & 0xFF) << 16 | (y * 5 & 0xFF) << 8 | ((x ^ y) & 0xFF)));
     return p;
 }
 

@@ -24,7 +24,6 @@ Colors ColorsOf(HBITMAP bitmap, SIZE* size = nullptr);
 // The client area of a window as the screen shows it, and its rectangle.
 Colors ColorsOf(HWND window, RECT* client = nullptr);
 
-// The library's code after a call that must fail; -1 when it gave a result.
 // A device bitmap's record (size, depth, row bytes); a capability of the
 // screen (GetDeviceCaps).
 BITMAP RecordOf(HBITMAP bitmap);
@@ -33,6 +32,7 @@ int ScreenCaps(int index);
 // The message boxes a recorder saw, each as "text|caption|style".
 std::vector<std::string> Shown(const MessageRecorder& recorder);
 
+// The library's code after a call that must fail; -1 when it gave a result.
 template <class Result>
 int FailureCode(Result result) {
     return result ? -1 : ImgError();
@@ -53,7 +53,6 @@ public:
     TestWindow& operator=(const TestWindow&) = delete;
     HWND get() const { return window_; }
     Colors Screen() const { return ColorsOf(window_); }
-    static std::uint32_t PatternAt(int x, int y);
     static Colors Pattern();
     int paints = 0, erasures = 0;
 
