@@ -148,7 +148,7 @@ TEST(ApplyLUT, MapsTheRoundedMeanOfEachColourAndWorksInPlace) {
     const struct { const char* name; Bytes bytes; HGLOBAL lut; int expected; } cases[] = {
         {"24-bit", Image(6, 4, 24), negative, prism::kErrBitsPerPixel},
         {"compressed", With(src, 16, 1), negative, prism::kErrCompressed},
-        {"too small", Cut(src, src.size() - 3), negative, prism::kErrDibSize},
+        {"too small", Short(src, 3), negative, prism::kErrDibSize},
         {"no table", src, nullptr, prism::kErrParameter}, {"no image", {}, negative, prism::kErrParameter}};
     for (const auto& c : cases) {
         const Bytes out = Call([&](HGLOBAL d) { return ApplyLUT(c.bytes.empty() ? nullptr : d, c.lut, 1, &error); }, c.bytes);
